@@ -1,0 +1,3 @@
+#include "app/launcher_config.h"
+
+bool IsHttpsPatchHost(const std::wstring& patchHost) { return patchHost.starts_with(L"https://"); }

@@ -1,0 +1,57 @@
+#include "text/utf.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using text::AppendUtf16Unit;
+using text::Utf8ToWide;
+using text::WideToUtf8;
+
+TEST(Utf, RoundTripsArabicAndAstralCharacters) {
+  const std::string utf8 = "\xD8\xAA\xD8\xAD\xD8\xAF\xD9\x8A\xD8\xAB \xF0\x9F\x98\x80 e\xCC\x81";
+  EXPECT_EQ(WideToUtf8(Utf8ToWide(utf8)), utf8);
+  EXPECT_EQ(Utf8ToWide("abc"), L"abc");
+  EXPECT_EQ(Utf8ToWide(""), L"");
+  EXPECT_EQ(WideToUtf8(L""), "");
+}
+
+TEST(Utf, KeepsEmbeddedNul) {
+  EXPECT_EQ(Utf8ToWide(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
+  EXPECT_EQ(WideToUtf8(std::wstring(L"a\0b", 3)), std::string("a\0b", 3));
+}
+
+TEST(Utf, StrictDecodingRejectsWholeInput) {
+  for (const char* bad : {
+           "\xC0\xAF",          // overlong "/"
+           "\xE0\x80\xAF",      // overlong
+           "\xED\xA0\x80",      // encoded high surrogate
+           "\xF4\x90\x80\x80",  // past U+10FFFF
+           "ok\xE2\x82",        // truncated
+           "\x80",              // stray continuation
+           "\xFF",
+       }) {
+    EXPECT_EQ(Utf8ToWide(bad), L"") << "input " << bad;
+  }
+}
+
+TEST(Utf, UnpairedSurrogatesBecomeReplacementCharacter) {
+  std::wstring lone_high;
+  AppendUtf16Unit(lone_high, 0xD83D);
+  lone_high += L"x";
+  EXPECT_EQ(WideToUtf8(lone_high), "\xEF\xBF\xBDx");
+
+  std::wstring lone_low;
+  AppendUtf16Unit(lone_low, 0xDE00);
+  EXPECT_EQ(WideToUtf8(lone_low), "\xEF\xBF\xBD");
+}
+
+TEST(Utf, EscapedSurrogatePairEqualsRawCharacter) {
+  std::wstring escaped;
+  AppendUtf16Unit(escaped, 0xD83D);
+  AppendUtf16Unit(escaped, 0xDE00);
+  EXPECT_EQ(escaped, Utf8ToWide("\xF0\x9F\x98\x80"));
+  EXPECT_EQ(WideToUtf8(escaped), "\xF0\x9F\x98\x80");
+}
+
+}  // namespace
