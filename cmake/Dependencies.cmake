@@ -20,12 +20,21 @@ if(WIN32)
   add_library(vl_sodium INTERFACE)
   target_include_directories(vl_sodium SYSTEM INTERFACE "${sodium_include}")
   target_link_libraries(vl_sodium INTERFACE "${LAUNCHER_SODIUM_DLL}")
+
+  # SHA-256 comes from CNG.
+  add_library(vl_sha256_provider INTERFACE)
+  target_link_libraries(vl_sha256_provider INTERFACE bcrypt)
 else()
   find_package(GTest REQUIRED)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
   add_library(vl_sodium INTERFACE)
   target_link_libraries(vl_sodium INTERFACE PkgConfig::SODIUM)
+
+  # SHA-256 comes from OpenSSL's libcrypto.
+  pkg_check_modules(LIBCRYPTO REQUIRED IMPORTED_TARGET libcrypto)
+  add_library(vl_sha256_provider INTERFACE)
+  target_link_libraries(vl_sha256_provider INTERFACE PkgConfig::LIBCRYPTO)
 endif()
 include(GoogleTest)
 
