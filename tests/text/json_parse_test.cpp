@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "text/json.h"
+#include "text/utf.h"
+
+namespace {
+
+using text::CJsonValue;
+using text::EJsonKind;
+using text::ParseJson;
+
+bool Parses(std::wstring_view document) {
+  CJsonValue value;
+  return ParseJson(document, value);
+}
+
+CJsonValue MustParse(std::wstring_view document) {
+  CJsonValue value;
+  EXPECT_TRUE(ParseJson(document, value)) << text::WideToUtf8(document);
+  return value;
+}
+
+std::wstring Nested(int levels, std::wstring_view open, std::wstring_view inner, std::wstring_view close) {
+  std::wstring document;
+  for (int i = 0; i < levels; ++i) document += open;
+  document += inner;
+  for (int i = 0; i < levels; ++i) document += close;
+  return document;
+}
+
+TEST(JsonParse, NumberGrammar) {
+  const struct {
+    const wchar_t* text;
+    bool accepted;
+    double value;
+  } cases[] = {
+      {L"0", true, 0.0},         {L"-0", true, -0.0},      {L"1.5e+3", true, 1500.0},
+      {L"2E-2", true, 0.02},     {L"10", true, 10.0},      {L"-12.25", true, -12.25},
+      {L"1e5", true, 1e5},       {L"0.5E-0", true, 0.5},   {L"18446744073709551615", true, 18446744073709551615.0},
+      {L"01", false, 0},         {L"+1", false, 0},        {L"1.", false, 0},
+      {L".5", false, 0},         {L"1e", false, 0},        {L"-", false, 0},
+      {L"1e+", false, 0},        {L"-01", false, 0},       {L"1.e3", false, 0},
+      {L"--1", false, 0},        {L"0x10", false, 0},      {L"Infinity", false, 0},
+      {L"NaN", false, 0},        {L"1e999", false, 0},     {L"-1e999", false, 0},
+      {L"1e-999", false, 0},     {L"- 1", false, 0},
+  };
+  for (const auto& c : cases) {
+    CJsonValue value;
+    ASSERT_EQ(ParseJson(c.text, value), c.accepted) << text::WideToUtf8(c.text);
+    if (!c.accepted) continue;
+    ASSERT_TRUE(value.IsNumber());
+    EXPECT_EQ(value.AsNumber(), c.value) << text::WideToUtf8(c.text);
+    EXPECT_EQ(std::signbit(value.AsNumber()), std::signbit(c.value)) << text::WideToUtf8(c.text);
+  }
+}
+
+TEST(JsonParse, NumbersNearTheEdgesOfTheDoubleRange) {
+  EXPECT_EQ(MustParse(L"1.7976931348623157e308").AsNumber(), 1.7976931348623157e308);
+  EXPECT_EQ(MustParse(L"4.9406564584124654e-324").AsNumber(), 4.9406564584124654e-324);
+  EXPECT_FALSE(Parses(L"1.7976931348623159e308"));
+  EXPECT_FALSE(Parses(L"2e-324"));  // rounds to zero
+  // A long span takes the conversion's slow path; it must still read exactly.
+  EXPECT_EQ(MustParse(L"0." + std::wstring(300, L'0') + L"1e301").AsNumber(), 1.0);
+}
+
+TEST(JsonParse, LiteralsAndWhitespace) {
+  EXPECT_TRUE(MustParse(L"true").AsBool());
+  EXPECT_FALSE(MustParse(L"false").AsBool());
+  EXPECT_TRUE(MustParse(L"null").IsNull());
+  EXPECT_TRUE(MustParse(L" \t\r\n null \r\n").IsNull());
+  for (const wchar_t* bad : {L"True", L"nul", L"nulll", L"t", L"true false", L"", L"   ", L"null\f", L"\vnull",
+                             L"[1]]", L"{} {}", L"\u00A0null", L"null x"}) {
+    EXPECT_FALSE(Parses(bad)) << text::WideToUtf8(bad);
+  }
+}
+
+TEST(JsonParse, ArraysAndObjects) {
+  const CJsonValue value = MustParse(L" { \"a\" : [ 1 , \"x\" , [ ] , { } ] , \"b\" : { \"c\" : null } } ");
+  ASSERT_TRUE(value.IsObject());
+  EXPECT_EQ(value.AsObject().size(), 2u);
+  const auto& array = value.Find(L"a")->AsArray();
+  ASSERT_EQ(array.size(), 4u);
+  EXPECT_EQ(array[0].AsNumber(), 1.0);
+  EXPECT_EQ(array[1].AsString(), L"x");
+  EXPECT_TRUE(array[2].AsArray().empty());
+  EXPECT_TRUE(array[3].AsObject().empty());
+  EXPECT_TRUE(value.Find(L"b")->Find(L"c")->IsNull());
+
+  for (const wchar_t* bad : {L"[1,]", L"{\"a\":1,}", L"[,1]", L"[1 2]", L"{\"a\" 1}", L"{a:1}", L"{1:1}",
+                             L"{\"a\":}", L"{,}", L"[", L"{\"a\":1", L"[1,", L"{\"a\"", L"]", L"}"}) {
+    EXPECT_FALSE(Parses(bad)) << text::WideToUtf8(bad);
+  }
+}
+
+TEST(JsonParse, FindIsExactAndOnlyOnObjects) {
+  const CJsonValue object = MustParse(L"{\"Key\":1}");
+  EXPECT_NE(object.Find(L"Key"), nullptr);
+  EXPECT_EQ(object.Find(L"key"), nullptr);
+  EXPECT_EQ(object.Find(L"Key "), nullptr);
+  EXPECT_EQ(MustParse(L"[\"Key\"]").Find(L"Key"), nullptr);
+  EXPECT_EQ(MustParse(L"\"Key\"").Find(L"Key"), nullptr);
+  EXPECT_EQ(CJsonValue().Find(L"Key"), nullptr);
+}
+
+TEST(JsonParse, DuplicateKeyKeepsFirstButStillParsesTheRepeat) {
+  const CJsonValue value = MustParse(L"{\"a\":1,\"b\":2,\"a\":{\"deep\":[true]}}");
+  EXPECT_EQ(value.AsObject().size(), 2u);
+  EXPECT_EQ(value.Find(L"a")->AsNumber(), 1.0);
+  EXPECT_FALSE(Parses(L"{\"a\":1,\"a\":[1,]}"));
+}
+
+TEST(JsonParse, NestingLimitIsSixteenLevels) {
+  EXPECT_TRUE(Parses(Nested(16, L"[", L"", L"]")));
+  EXPECT_FALSE(Parses(Nested(17, L"[", L"", L"]")));
+  EXPECT_TRUE(Parses(Nested(15, L"{\"k\":", L"{}", L"}")));
+  EXPECT_FALSE(Parses(Nested(16, L"{\"k\":", L"{}", L"}")));
+  // A scalar is a level of its own.
+  EXPECT_TRUE(Parses(Nested(15, L"[", L"1", L"]")));
+  EXPECT_FALSE(Parses(Nested(16, L"[", L"1", L"]")));
+  EXPECT_FALSE(Parses(Nested(16, L"[", L"\"s\"", L"]")));
+  // Far deeper input fails without recursing into it.
+  EXPECT_FALSE(Parses(Nested(1'000'000, L"[", L"", L"]")));
+}
+
+TEST(JsonParse, StringEscapes) {
+  EXPECT_EQ(MustParse(L"\"\\u00e9\"").AsString(), L"\u00e9");
+  EXPECT_EQ(MustParse(L"\"\\u00C9x\"").AsString(), L"\u00c9x");
+  EXPECT_EQ(MustParse(L"\"\\\"\\\\\\/\\b\\f\\n\\r\\t\"").AsString(), L"\"\\/\b\f\n\r\t");
+  EXPECT_EQ(MustParse(L"\"\\u0000\"").AsString(), std::wstring(1, L'\0'));
+  // Everything else, control characters included, is copied as it is.
+  EXPECT_EQ(MustParse(L"\"a\tb\u0001 \u0645/\"").AsString(), L"a\tb\u0001 \u0645/");
+  EXPECT_EQ(MustParse(L"\"\"").AsString(), L"");
+
+  for (const wchar_t* bad : {L"\"\\x\"", L"\"\\u00e\"", L"\"\\u00eg\"", L"\"\\U00e9\"", L"\"abc", L"\"abc\\\"",
+                             L"\"\\", L"\"\\u12", L"\"\\'\"", L"'a'"}) {
+    EXPECT_FALSE(Parses(bad)) << text::WideToUtf8(bad);
+  }
+}
+
+TEST(JsonParse, SurrogateEscapesGiveTheSameTextOnEveryTarget) {
+  EXPECT_EQ(MustParse(L"\"\\ud83d\\ude00\"").AsString(), text::Utf8ToWide("\xF0\x9F\x98\x80"));
+  EXPECT_EQ(text::WideToUtf8(MustParse(L"\"\\uD83D\\uDE00!\"").AsString()), "\xF0\x9F\x98\x80!");
+  // Unpaired surrogates are accepted and only replaced when written out.
+  EXPECT_EQ(text::WideToUtf8(MustParse(L"\"\\ude00\\ud83d\"").AsString()), "\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(JsonParse, FailureLeavesNull) {
+  CJsonValue value;
+  ASSERT_TRUE(ParseJson(L"{\"a\":1}", value));
+  EXPECT_FALSE(ParseJson(L"{\"a\":1,}", value));
+  EXPECT_EQ(value.Kind(), EJsonKind::Null);
+}
+
+TEST(JsonParse, KindsAreNumberedInOrder) {
+  const wchar_t* documents[] = {L"null", L"true", L"1", L"\"s\"", L"[]", L"{}"};
+  for (int kind = 0; kind < 6; ++kind) {
+    EXPECT_EQ(static_cast<int>(MustParse(documents[kind]).Kind()), kind);
+  }
+}
+
+}  // namespace
