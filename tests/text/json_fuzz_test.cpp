@@ -69,11 +69,4 @@ TEST(JsonFuzz, MutatedDocumentsNeverCrashAndKeepDocumentRules) {
   EXPECT_GT(accepted, 100);
 }
 
-TEST(JsonFuzz, SeedsAreValid) {
-  for (const wchar_t* seed : kSeeds) {
-    CJsonValue value;
-    EXPECT_TRUE(ParseJson(seed, value)) << text::WideToUtf8(seed);
-  }
-}
-
 }  // namespace

@@ -9,7 +9,6 @@
 namespace {
 
 using text::CJsonValue;
-using text::EJsonKind;
 using text::ParseJson;
 
 bool Parses(std::wstring_view document) {
@@ -145,13 +144,6 @@ TEST(JsonParse, SurrogateEscapesGiveTheSameTextOnEveryTarget) {
   EXPECT_EQ(text::WideToUtf8(MustParse(L"\"\\uD83D\\uDE00!\"").AsString()), "\xF0\x9F\x98\x80!");
   // Unpaired surrogates are accepted and only replaced when written out.
   EXPECT_EQ(text::WideToUtf8(MustParse(L"\"\\ude00\\ud83d\"").AsString()), "\xEF\xBF\xBD\xEF\xBF\xBD");
-}
-
-TEST(JsonParse, FailureLeavesNull) {
-  CJsonValue value;
-  ASSERT_TRUE(ParseJson(L"{\"a\":1}", value));
-  EXPECT_FALSE(ParseJson(L"{\"a\":1,}", value));
-  EXPECT_EQ(value.Kind(), EJsonKind::Null);
 }
 
 TEST(JsonParse, KindsAreNumberedInOrder) {

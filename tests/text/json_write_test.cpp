@@ -126,27 +126,6 @@ TEST(JsonWrite, Integers) {
   EXPECT_EQ(out, "0 -42 -2147483648 2147483647");
 }
 
-TEST(JsonWrite, HandAssembledDocumentIsCompactValidJson) {
-  std::string out = "{";
-  AppendJsonKey(out, "a");
-  AppendJsonInt(out, 1);
-  AppendJsonKey(out, "list");
-  out += '[';
-  out += '{';
-  AppendJsonKey(out, "x");
-  out += "true}";
-  out += ',';
-  out += '{';
-  AppendJsonKey(out, "y");
-  out += "null}]";
-  AppendJsonKey(out, "s");
-  out += "\"\"";
-  out += '}';
-  EXPECT_EQ(out, "{\"a\":1,\"list\":[{\"x\":true},{\"y\":null}],\"s\":\"\"}");
-  text::CJsonValue value;
-  EXPECT_TRUE(text::ParseJson(text::Utf8ToWide(out), value));
-}
-
 TEST(JsonWrite, CommaOnlyWhenTheLastByteIsNotAnOpener) {
   const struct {
     const char* before;
