@@ -1,0 +1,33 @@
+// Windows: the folders come from LOCALAPPDATA and USERPROFILE, read with the real Win32 calls.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "app/paths.h"
+#include "platform/environment.h"
+#include "tests/app/scoped_environment.h"
+
+namespace {
+
+using testing_support::ScopedEnvironment;
+
+TEST(WindowsUserFoldersTest, LocalAppDataAndProfileComeFromTheirVariables) {
+  const ScopedEnvironment local(L"LOCALAPPDATA", L"C:\\Users\\Zoë\\AppData\\Local"),
+      profile(L"USERPROFILE", L"C:\\Users\\Zoë");
+  EXPECT_EQ(platform::LocalAppDataDirectory(), L"C:\\Users\\Zoë\\AppData\\Local");
+  EXPECT_EQ(platform::UserProfileDirectory(), L"C:\\Users\\Zoë");
+  EXPECT_EQ(LegacyDataDirectory(), L"C:\\Users\\Zoë\\AppData\\Local\\OmbrisaAdminPanel\\Patcher");
+}
+
+TEST(WindowsUserFoldersTest, NoLegacyFolderWithoutLocalAppData) {
+  const ScopedEnvironment local(L"LOCALAPPDATA", std::nullopt);
+  EXPECT_EQ(platform::LocalAppDataDirectory(), L"");
+  EXPECT_EQ(LegacyDataDirectory(), L"");
+}
+
+TEST(WindowsUserFoldersTest, TheSystemSetsBothFolders) {
+  EXPECT_FALSE(platform::LocalAppDataDirectory().empty());
+  EXPECT_FALSE(platform::UserProfileDirectory().empty());
+}
+
+}  // namespace
