@@ -1,0 +1,72 @@
+#include "text/builtin_strings.h"
+
+#include "text/utf.h"
+
+namespace text {
+namespace {
+
+// u8 literals keep the texts UTF-8 whatever the compiler's execution
+// character set; they become wide text at first use.
+constexpr SBuiltinString kBuiltinStrings[] = {
+    {"patch", u8"تحديث اللعبة"},
+    {"start_game", u8"بدء اللعبة"},
+    {"repair", u8"إصلاح"},
+    {"news", u8"الأخبار"},
+    {"events", u8"الأحداث"},
+    {"news_events", u8"الأخبار والأحداث"},
+    {"patch_notes", u8"ملاحظات التحديث"},
+    {"patch_available", u8"هنالك تحديث جديد"},
+    {"ready_to_patch", u8"جاهز للتحديث"},
+    {"syncing_patch_state", u8"مزامنة حالة التحديث"},
+    {"preparing_patch", u8"تحضير التحديث"},
+    {"up_to_date", u8"محدث"},
+    {"checking_for_updates", u8"جاري البحث عن التحديثات"},
+    {"downloading", u8"جاري التحميل"},
+    {"applying_patch", u8"تطبيق التحديث"},
+    {"complete", u8"مكتمل"},
+    {"maintenance", u8"صيانة"},
+    {"connection_lost", u8"تم فقدان الاتصال"},
+    {"retry", u8"إعادة المحاولة"},
+    {"close", u8"إغلاق"},
+    {"open_news", u8"فتح الأخبار"},
+    {"open_events", u8"فتح الأحداث"},
+    {"status", u8"الحالة"},
+    {"language", u8"اللغة"},
+    {"feed_empty", u8"لا توجد مدخلات حية متاحة حالياً."},
+    {"build", u8"بناء"},
+    {"patch_ready", u8"اللعبة جاهزة للتشغيل."},
+    {"version", u8"الإصدار"},
+    {"files", u8"الملفات"},
+    {"transfer_speed", u8"السرعة"},
+    {"eta", u8"ETA"},
+    {"scanning", u8"Scanning"},
+    {"finalizing", u8"Finalizing"},
+    {"starting_game", u8"جاري تشغيل اللعبة"},
+    {"patching", u8"تحديث"},
+    {"latest_stories", u8"أحدث القصص"},
+    {"latest_feed", u8"أحدث الأخبار"},
+    {"connecting_to_server", u8"الاتصال بالخادم"},
+    {"loading_latest_launcher_data", u8"تحميل أحدث بيانات المشغل"},
+    {"close_game_before_patch", u8"قم بإغلاق اللعبة قبل التحديث"},
+    {"close_game_before_patch_detail", u8"قم بإغلاق اللعبة بشكل كامل من التاسك مانجر قبل تحديثها"},
+};
+
+StringTable ConvertBuiltinStrings() {
+  StringTable table;
+  for (const SBuiltinString& entry : kBuiltinStrings) {
+    const std::string_view utf8(reinterpret_cast<const char*>(entry.text.data()), entry.text.size());
+    table.emplace(Utf8ToWide(entry.key), Utf8ToWide(utf8));
+  }
+  return table;
+}
+
+}  // namespace
+
+std::span<const SBuiltinString> BuiltinStrings() { return kBuiltinStrings; }
+
+const StringTable& BuiltinStringTable() {
+  static const StringTable table = ConvertBuiltinStrings();
+  return table;
+}
+
+}  // namespace text
