@@ -1,0 +1,314 @@
+#include "patch/manifest.h"
+
+#include <gtest/gtest.h>
+#include <sodium.h>
+
+#include <array>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "patch/blob_path.h"
+
+namespace {
+
+using patch::EManifestVerdict;
+using patch::SManifest;
+using patch::SManifestEntry;
+
+constexpr const char* kHash = "3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
+constexpr const wchar_t* kWideHash = L"3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
+
+std::string Quoted(std::string_view text) {
+  std::string quoted(1, '"');
+  quoted += text;
+  return quoted += '"';
+}
+
+std::string Base64(const std::uint8_t* data, std::size_t length) {
+  static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  for (std::size_t i = 0; i < length; i += 3) {
+    std::uint32_t chunk = std::uint32_t{data[i]} << 16;
+    if (i + 1 < length) chunk |= std::uint32_t{data[i + 1]} << 8;
+    if (i + 2 < length) chunk |= data[i + 2];
+    out += kAlphabet[(chunk >> 18) & 63];
+    out += kAlphabet[(chunk >> 12) & 63];
+    out += i + 1 < length ? kAlphabet[(chunk >> 6) & 63] : '=';
+    out += i + 2 < length ? kAlphabet[chunk & 63] : '=';
+  }
+  return out;
+}
+
+struct SSigner {
+  PublicKey publicKey{};
+  std::array<std::uint8_t, crypto_sign_SECRETKEYBYTES> secretKey{};
+
+  SSigner() {
+    EXPECT_GE(sodium_init(), 0);
+    crypto_sign_keypair(publicKey.data(), secretKey.data());
+  }
+
+  // One line of a signature file.
+  std::string SignLine(const std::string& message) const {
+    std::array<std::uint8_t, crypto_sign_BYTES> signature{};
+    crypto_sign_detached(signature.data(), nullptr, reinterpret_cast<const std::uint8_t*>(message.data()),
+                         message.size(), secretKey.data());
+    return Base64(signature.data(), signature.size());
+  }
+};
+
+// A valid list for version 7 of "live" with one file; `changes` replaces
+// members by name, and an empty text leaves the member out.
+std::string BuildList(const std::map<std::string, std::string>& changes = {}) {
+  std::map<std::string, std::string> members = {
+      {"schema", "1"},
+      {"version", "7"},
+      {"channel", "\"live\""},
+      {"generatedAt", "\"2024-05-01T10:00:00Z\""},
+      {"files", std::string("[{\"path\":\"bin/game.dat\",\"sha256\":\"") + kHash + "\",\"size\":42}]"},
+  };
+  for (const auto& [key, value] : changes) members[key] = value;
+  std::string list = "{";
+  for (const auto& [key, value] : members) {
+    if (value.empty()) continue;
+    if (list.size() > 1) list += ",";
+    list += Quoted(key) + ":" + value;
+  }
+  return list + "}";
+}
+
+class ManifestTest : public testing::Test {
+ protected:
+  EManifestVerdict Accept(const std::string& list, const std::string& signatureText, SManifest& manifest,
+                          std::uint64_t advertised = 7, const std::wstring& channel = L"live",
+                          std::uint64_t floor = 0) const {
+    return patch::AcceptManifest(reinterpret_cast<const std::uint8_t*>(list.data()), list.size(), signatureText,
+                                 advertised, channel, floor, keys_, manifest);
+  }
+
+  // Signed by the first key, so only the checks after the signature decide.
+  EManifestVerdict AcceptSigned(const std::string& list, SManifest& manifest, std::uint64_t advertised = 7,
+                                const std::wstring& channel = L"live", std::uint64_t floor = 0) const {
+    return Accept(list, first_.SignLine(list), manifest, advertised, channel, floor);
+  }
+
+  SSigner first_;
+  SSigner second_;
+  SSigner stranger_;
+  std::array<PublicKey, 2> keys_{first_.publicKey, second_.publicKey};
+};
+
+TEST_F(ManifestTest, SignatureFileForms) {
+  const std::string list = BuildList();
+  const std::string zeroLine = Base64(std::array<std::uint8_t, 64>{}.data(), 64);
+  std::string nineValid;
+  std::string eightBetweenBlanks = "\n";
+  for (int i = 0; i < 9; ++i) nineValid += first_.SignLine(list) + "\n";
+  for (int i = 0; i < 8; ++i) eightBetweenBlanks += (i < 7 ? stranger_ : second_).SignLine(list) + "\n \t\r\n\n";
+
+  const std::pair<std::string, EManifestVerdict> cases[] = {
+      {stranger_.SignLine(list) + "\n" + zeroLine + "\n" + second_.SignLine(list), EManifestVerdict::Valid},
+      {eightBetweenBlanks, EManifestVerdict::Valid},
+      {nineValid, EManifestVerdict::Unsigned},
+      {first_.SignLine(list + " "), EManifestVerdict::Unsigned},  // trailing space: still valid JSON
+  };
+  for (const auto& [signatureText, expected] : cases) {
+    SManifest manifest;
+    EXPECT_EQ(Accept(list, signatureText, manifest), expected) << signatureText;
+  }
+}
+
+TEST_F(ManifestTest, SizeLimitComesAfterTheSignature) {
+  std::string atLimit = BuildList();
+  atLimit.insert(1, 262144 - atLimit.size(), ' ');
+  const std::string overLimit = atLimit + " ";
+
+  SManifest manifest;
+  EXPECT_EQ(AcceptSigned(atLimit, manifest), EManifestVerdict::Valid);
+  EXPECT_EQ(AcceptSigned(overLimit, manifest), EManifestVerdict::TooLarge);
+  EXPECT_EQ(Accept(overLimit, stranger_.SignLine(overLimit), manifest), EManifestVerdict::Unsigned);
+
+  auto parse = [&manifest](const std::string& list) {
+    return patch::ParseManifest(reinterpret_cast<const std::uint8_t*>(list.data()), list.size(), 7, L"live", 0,
+                                manifest);
+  };
+  EXPECT_EQ(parse(atLimit), EManifestVerdict::Valid);  // no signature involved
+  EXPECT_EQ(parse(overLimit), EManifestVerdict::TooLarge);
+  EXPECT_EQ(manifest, SManifest{});
+}
+
+TEST_F(ManifestTest, VerdictsOfTheChecksAfterTheSignature) {
+  struct SCase {
+    std::string list;
+    EManifestVerdict verdict;
+    std::uint64_t advertised = 7;
+    std::wstring channel = L"live";
+    std::uint64_t floor = 0;
+  } const cases[] = {
+      {BuildList(), EManifestVerdict::Valid},
+      // Text and JSON shape.
+      {"", EManifestVerdict::Unreadable},
+      {BuildList({{"channel", "\"caf\xC3\xA9\""}}), EManifestVerdict::Unreadable},
+      {"{\"schema\":1,", EManifestVerdict::Unreadable},
+      {"[1]", EManifestVerdict::Unreadable},
+      // Schema.
+      {BuildList({{"schema", ""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"schema", "\"1\""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"schema", "2"}}), EManifestVerdict::NewerSchema},
+      {BuildList({{"schema", "0.5"}}), EManifestVerdict::NewerSchema},
+      {BuildList({{"schema", "1.0"}}), EManifestVerdict::Valid},
+      // Version.
+      {BuildList({{"version", ""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"version", "\"7\""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"version", "0"}}), EManifestVerdict::Unreadable, 0},
+      {BuildList({{"version", "0.99"}}), EManifestVerdict::Unreadable, 0},
+      {BuildList({{"version", "18446744073709551616"}}), EManifestVerdict::Unreadable},
+      {BuildList({{"version", "9223372036854775808"}}), EManifestVerdict::Valid, 9223372036854775808ull},
+      {BuildList({{"version", "8"}}), EManifestVerdict::VersionMismatch},
+      // Channel and time stamp.
+      {BuildList({{"channel", ""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"generatedAt", "5"}}), EManifestVerdict::Unreadable},
+      {BuildList({{"channel", "\"Beta\""}}), EManifestVerdict::ChannelMismatch, 7, L"beta"},
+      {BuildList({{"channel", "\"caf\\u00e9\""}}), EManifestVerdict::Valid, 7, L"caf\u00e9"},
+      {BuildList({{"channel", "\"\""}}), EManifestVerdict::Valid, 7, L""},
+      // Rollback floor.
+      {BuildList(), EManifestVerdict::Valid, 7, L"live", 7},
+      {BuildList(), EManifestVerdict::Rollback, 7, L"live", 8},
+      // Files.
+      {BuildList({{"files", ""}}), EManifestVerdict::Unreadable},
+      {BuildList({{"files", "{}"}}), EManifestVerdict::Unreadable},
+      {BuildList({{"files", "[]"}}), EManifestVerdict::Valid},
+      // The first failing step decides.
+      {BuildList({{"schema", "2"}, {"version", "0"}}), EManifestVerdict::NewerSchema},
+      {BuildList({{"version", "8"}, {"channel", "\"Beta\""}}), EManifestVerdict::VersionMismatch},
+      {BuildList({{"channel", "\"Beta\""}}), EManifestVerdict::ChannelMismatch, 7, L"live", 8},
+      {BuildList({{"files", ""}}), EManifestVerdict::Rollback, 7, L"live", 8},
+  };
+  for (const SCase& c : cases) {
+    SManifest manifest;
+    manifest.version = 99;  // a refused list must wipe this out
+    manifest.files.push_back({L"old", 1, kWideHash});
+    const EManifestVerdict verdict = AcceptSigned(c.list, manifest, c.advertised, c.channel, c.floor);
+    EXPECT_EQ(verdict, c.verdict) << c.list;
+    if (verdict == EManifestVerdict::Valid) {
+      EXPECT_EQ(manifest.version, c.advertised) << c.list;
+      EXPECT_EQ(manifest.channel, c.channel) << c.list;
+    } else {
+      EXPECT_EQ(manifest, SManifest{}) << c.list;
+    }
+  }
+}
+
+TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndFileOrder) {
+  const std::string hash = Quoted(kHash);
+  const std::string files = "[{\"path\":\"b\\\\second.pak\",\"sha256\":" + hash + ",\"size\":2}," +
+                            "{\"path\":\"../skipped\",\"sha256\":" + hash + ",\"size\":1}," +
+                            "{\"path\":\"a/first.pak\",\"sha256\":" + hash + ",\"size\":1}]";
+  SManifest manifest;
+  ASSERT_EQ(AcceptSigned(BuildList({{"version", "7.9"}, {"generatedAt", "\"when\""}, {"files", files}}), manifest),
+            EManifestVerdict::Valid);
+  SManifest expected;
+  expected.version = 7;
+  expected.channel = L"live";
+  expected.generatedAt = L"when";
+  expected.files = {{L"b/second.pak", 2, kWideHash}, {L"a/first.pak", 1, kWideHash}};
+  EXPECT_EQ(manifest, expected);
+}
+
+TEST_F(ManifestTest, FileEntriesAreJudgedOneByOne) {
+  const std::string hash = Quoted(kHash);
+  std::string oneUpperDigit = kHash;
+  oneUpperDigit[10] = 'A';
+  auto entry = [](const std::string& path, const std::string& sha256, const std::string& size) {
+    return "{\"path\":" + path + ",\"sha256\":" + sha256 + ",\"size\":" + size + "}";
+  };
+  const std::pair<std::string, std::optional<SManifestEntry>> cases[] = {
+      {entry("\"a/./b\"", hash, "5"), SManifestEntry{L"a/b", 5, kWideHash}},
+      {entry("\"a\\\\b\"", hash, "5"), SManifestEntry{L"a/b", 5, kWideHash}},
+      {entry("\"a//b\"", hash, "5.7"), SManifestEntry{L"a/b", 5, kWideHash}},
+      {entry("\"../x\"", hash, "5"), std::nullopt},
+      {entry("\"/x\"", hash, "5"), std::nullopt},
+      {entry("\"C:x\"", hash, "5"), std::nullopt},
+      {entry("\"C:/x\"", hash, "5"), std::nullopt},
+      {entry("\"a/..\"", hash, "5"), std::nullopt},
+      {entry("\"\"", hash, "5"), std::nullopt},
+      {entry("\".\"", hash, "5"), std::nullopt},
+      {entry("\"\\\\\\\\server\\\\share\\\\x\"", hash, "5"), std::nullopt},
+      {entry("7", hash, "5"), std::nullopt},
+      {entry("\"x\"", Quoted(oneUpperDigit), "5"), std::nullopt},
+      {entry("\"x\"", Quoted(std::string_view(kHash).substr(1)), "5"), std::nullopt},
+      {entry("\"x\"", hash, "-0.5"), std::nullopt},
+      {entry("\"x\"", hash, "\"5\""), std::nullopt},
+      {entry("\"x\"", hash, "18446744073709551616"), std::nullopt},
+      {"{\"path\":\"x\",\"sha256\":" + hash + "}", std::nullopt},
+      {"5", std::nullopt},
+  };
+  for (const auto& [element, stored] : cases) {
+    SManifest manifest;
+    ASSERT_EQ(AcceptSigned(BuildList({{"files", "[" + element + "]"}}), manifest), EManifestVerdict::Valid) << element;
+    EXPECT_EQ(manifest.files, stored ? std::vector<SManifestEntry>{*stored} : std::vector<SManifestEntry>{})
+        << element;
+  }
+}
+
+TEST_F(ManifestTest, LauncherRecordIsAllOrNothing) {
+  const std::string hash = Quoted(kHash);
+  auto record = [](const std::string& productVersion, const std::string& sha256, const std::string& size) {
+    return "{\"productVersion\":" + productVersion + ",\"sha256\":" + sha256 + ",\"size\":" + size + "}";
+  };
+  const std::string complete = record("\"1.0.6\"", hash, "1234.9");
+  const std::pair<std::string, bool> cases[] = {
+      {complete, true},
+      {record("\"\"", hash, "1"), false},
+      {record("6", hash, "1"), false},
+      {record("\"1.0.6\"", Quoted("3FA9C1D2E3F405162738495A6B7C8D9E0F1A2B3C4D5E6F708192A3B4C5D6E7F8"), "1"), false},
+      {record("\"1.0.6\"", hash, "-1"), false},
+      {"{\"productVersion\":\"1.0.6\",\"sha256\":" + hash + "}", false},
+      {"[" + complete + "]", false},
+  };
+  for (const auto& [launcher, present] : cases) {
+    SManifest manifest;
+    ASSERT_EQ(AcceptSigned(BuildList({{"launcher", launcher}}), manifest), EManifestVerdict::Valid) << launcher;
+    EXPECT_EQ(manifest.hasLauncher, present) << launcher;
+    EXPECT_EQ(manifest.launcherProductVersion, present ? L"1.0.6" : L"") << launcher;
+    EXPECT_EQ(manifest.launcherSize, present ? 1234u : 0u) << launcher;
+    EXPECT_EQ(manifest.launcherSha256, present ? kWideHash : L"") << launcher;
+    EXPECT_EQ(manifest.files.size(), 1u) << launcher;
+  }
+}
+
+TEST(ManifestVerdictText, EveryVerdictHasItsSentence) {
+  const std::pair<int, const wchar_t*> cases[] = {
+      {0, L"The update list is valid."},
+      {1, L"The update list is not signed by this launcher's keys."},
+      {2, L"The update list is too large to be genuine."},
+      {3, L"The update list could not be read."},
+      {4, L"The update list uses a newer format than this launcher understands."},
+      {5, L"The update list does not match the version the host advertised."},
+      {6, L"The update list belongs to a different release channel."},
+      {7, L"The host offered an older update than one already applied here."},
+      {8, L"The update list was refused."},
+      {-1, L"The update list was refused."},
+  };
+  for (const auto& [value, sentence] : cases) {
+    EXPECT_EQ(patch::ManifestVerdictText(static_cast<EManifestVerdict>(value)), sentence) << value;
+  }
+}
+
+TEST(BlobPathForHash, OnlyLowerCaseDigestsHaveAPath) {
+  const std::wstring hash = kWideHash;
+  const std::pair<std::wstring, std::wstring> cases[] = {
+      {hash, L"blobs/3f/" + hash},
+      {L"3FA9" + hash.substr(4), L""},
+      {hash.substr(1), L""},
+      {hash + L"0", L""},
+      {L"g" + hash.substr(1), L""},
+  };
+  for (const auto& [digest, path] : cases) {
+    EXPECT_EQ(patch::BlobPathForHash(digest), path) << testing::PrintToString(digest);
+  }
+}
+
+}  // namespace
