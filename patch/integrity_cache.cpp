@@ -1,0 +1,98 @@
+#include "patch/integrity_cache.h"
+
+#include <algorithm>
+#include <cwctype>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+#include "patch/line_file.h"
+#include "platform/path_text.h"
+#include "text/utf.h"
+
+namespace patch {
+namespace {
+
+constexpr std::wstring_view kCacheFileName = L"integrity.cache";
+constexpr wchar_t kFieldSeparator = L'|';
+
+// Splits "key|size|mtime|sha256" from the right, so a key holding "|" (a
+// legal file name character on Linux) still reads back whole.
+bool ParseRecordLine(std::wstring_view line, std::wstring& key, std::uint64_t& size, std::int64_t& mtime,
+                     std::wstring& sha256) {
+  const size_t hashStart = line.rfind(kFieldSeparator);
+  if (hashStart == std::wstring_view::npos || hashStart == 0) return false;
+  const size_t mtimeStart = line.rfind(kFieldSeparator, hashStart - 1);
+  if (mtimeStart == std::wstring_view::npos || mtimeStart == 0) return false;
+  const size_t sizeStart = line.rfind(kFieldSeparator, mtimeStart - 1);
+  if (sizeStart == std::wstring_view::npos) return false;
+  if (!ParseUnsignedDecimal(TrimField(line.substr(sizeStart + 1, mtimeStart - sizeStart - 1)), size) ||
+      !ParseSignedDecimal(TrimField(line.substr(mtimeStart + 1, hashStart - mtimeStart - 1)), mtime)) {
+    return false;
+  }
+  key = TrimField(line.substr(0, sizeStart));
+  sha256 = TrimField(line.substr(hashStart + 1));
+  return true;
+}
+
+}  // namespace
+
+std::wstring IntegrityCacheKey(const std::wstring& fullPath) {
+  std::wstring key = platform::FromPath(platform::ToPath(fullPath).lexically_normal());
+  std::replace(key.begin(), key.end(), L'\\', L'/');
+  for (wchar_t& c : key) c = static_cast<wchar_t>(std::towlower(c));
+  return key;
+}
+
+CIntegrityCache::CIntegrityCache(std::wstring runtimeFolder) : runtimeFolder_(std::move(runtimeFolder)) {}
+
+bool CIntegrityCache::Lookup(const std::wstring& fullPath, std::uint64_t size, std::int64_t mtime,
+                             std::wstring& sha256) {
+  EnsureLoaded();
+  const auto found = records_.find(IntegrityCacheKey(fullPath));
+  if (found == records_.end()) return false;
+  const SRecord& record = found->second;
+  if (record.size != size || record.mtime != mtime || record.sha256.empty()) return false;
+  sha256 = record.sha256;
+  return true;
+}
+
+void CIntegrityCache::Store(const std::wstring& fullPath, std::uint64_t size, std::int64_t mtime,
+                            const std::wstring& sha256) {
+  EnsureLoaded();
+  records_[IntegrityCacheKey(fullPath)] = SRecord{size, mtime, sha256};
+  dirty_ = true;
+}
+
+void CIntegrityCache::Persist() {
+  if (!loaded_ || !dirty_) return;
+  std::string bytes;
+  for (const auto& [key, record] : records_) {
+    bytes.append(text::WideToUtf8(key)).append("|");
+    bytes.append(std::to_string(record.size)).append("|");
+    bytes.append(std::to_string(record.mtime)).append("|");
+    bytes.append(text::WideToUtf8(record.sha256)).append("\n");
+  }
+  if (RewriteFile(CacheFile(), bytes) == EFileWriteResult::Written) dirty_ = false;
+}
+
+void CIntegrityCache::EnsureLoaded() {
+  if (loaded_) return;
+  loaded_ = true;
+  records_.clear();
+  std::vector<std::wstring> lines;
+  if (!ReadUtf8Lines(CacheFile(), lines)) return;
+  for (const std::wstring& line : lines) {
+    std::wstring key;
+    SRecord record;
+    if (ParseRecordLine(TrimField(line), key, record.size, record.mtime, record.sha256)) {
+      records_[std::move(key)] = std::move(record);
+    }
+  }
+}
+
+std::wstring CIntegrityCache::CacheFile() const {
+  return platform::FromPath(platform::ToPath(runtimeFolder_) / platform::ToPath(kCacheFileName));
+}
+
+}  // namespace patch

@@ -1,0 +1,74 @@
+#include "patch/line_file.h"
+
+#include <filesystem>
+#include <fstream>
+#include <limits>
+
+#include "platform/path_text.h"
+#include "text/utf.h"
+
+namespace patch {
+namespace {
+
+constexpr std::wstring_view kFieldSpace = L" \t\r\n";
+
+}  // namespace
+
+bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines) {
+  lines.clear();
+  std::ifstream in(platform::ToPath(file), std::ios::binary);
+  if (!in) return false;
+  std::string line;
+  while (std::getline(in, line)) lines.push_back(text::Utf8ToWide(line));
+  return true;
+}
+
+EFileWriteResult RewriteFile(const std::wstring& file, std::string_view bytes) {
+  const std::filesystem::path path = platform::ToPath(file);
+  std::error_code ignored;  // a folder that cannot be made shows up as the open failing
+  std::filesystem::create_directories(path.parent_path(), ignored);
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  if (!out) return EFileWriteResult::NotOpened;
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  out.close();
+  return out.fail() ? EFileWriteResult::WriteFailed : EFileWriteResult::Written;
+}
+
+std::wstring_view TrimField(std::wstring_view text) {
+  const size_t first = text.find_first_not_of(kFieldSpace);
+  if (first == std::wstring_view::npos) return {};
+  const size_t last = text.find_last_not_of(kFieldSpace);
+  return text.substr(first, last - first + 1);
+}
+
+bool ParseUnsignedDecimal(std::wstring_view text, std::uint64_t& value) {
+  if (text.empty()) return false;
+  constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t result = 0;
+  for (const wchar_t c : text) {
+    if (c < L'0' || c > L'9') return false;
+    const auto digit = static_cast<std::uint64_t>(c - L'0');
+    if (result > (kMax - digit) / 10) return false;
+    result = result * 10 + digit;
+  }
+  value = result;
+  return true;
+}
+
+bool ParseSignedDecimal(std::wstring_view text, std::int64_t& value) {
+  const bool negative = text.starts_with(L'-');
+  std::uint64_t magnitude = 0;
+  if (!ParseUnsignedDecimal(negative ? text.substr(1) : text, magnitude)) return false;
+  constexpr auto kMaxPositive = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  if (negative) {
+    if (magnitude > kMaxPositive + 1) return false;
+    // Through unsigned negation so INT64_MIN needs no overflowing step.
+    value = static_cast<std::int64_t>(0 - magnitude);
+  } else {
+    if (magnitude > kMaxPositive) return false;
+    value = static_cast<std::int64_t>(magnitude);
+  }
+  return true;
+}
+
+}  // namespace patch

@@ -1,0 +1,31 @@
+#pragma once
+// Small line-based UTF-8 files of the runtime folder ("launcher.state",
+// "integrity.cache"): reading them line by line, parsing their fields and
+// rewriting them in place.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace patch {
+
+// The file's lines split at LF, each converted from UTF-8 (a line that is not
+// valid UTF-8 comes back empty). False when the file cannot be opened.
+bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines);
+
+enum class EFileWriteResult { Written, NotOpened, WriteFailed };
+
+// Creates the parent folder if needed, then truncates and writes the file in
+// place (no temporary sibling).
+EFileWriteResult RewriteFile(const std::wstring& file, std::string_view bytes);
+
+// Without leading and trailing space, tab, CR and LF.
+std::wstring_view TrimField(std::wstring_view text);
+
+// Decimal digits only, no sign, no spaces, within 64 bits.
+bool ParseUnsignedDecimal(std::wstring_view text, std::uint64_t& value);
+// As above with an optional leading "-".
+bool ParseSignedDecimal(std::wstring_view text, std::int64_t& value);
+
+}  // namespace patch
