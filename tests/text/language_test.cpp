@@ -26,10 +26,4 @@ TEST(Language, OtherNamesAndFailedQueriesSelectTheConfiguredDefault) {
   }
 }
 
-TEST(Language, CodesAreArForArabicAndEnOtherwise) {
-  EXPECT_EQ(text::LanguageCode(EPatcherLanguage::Arabic), L"ar");
-  EXPECT_EQ(text::LanguageCode(EPatcherLanguage::English), L"en");
-  EXPECT_EQ(text::LanguageCode(static_cast<EPatcherLanguage>(7)), L"en");
-}
-
 }  // namespace

@@ -67,16 +67,4 @@ TEST(LocalizedStrings, BrokenArabicFileFallsBackToTheBaseTable) {
   }
 }
 
-TEST(LocalizedStrings, ReloadingSwitchesLanguageCompletely) {
-  testing_support::TempDir launcher;
-  launcher.Write(kEnglishFile, R"({"close":"Close","retry":"Retry"})");
-  launcher.Write(kArabicFile, R"({"close":"AR close"})");
-  CLocalizedStrings strings;
-  strings.Load(EPatcherLanguage::Arabic, launcher.path());
-  EXPECT_EQ(strings.Text(L"close"), L"AR close");
-  strings.Load(EPatcherLanguage::English, launcher.path());
-  EXPECT_EQ(strings.Text(L"close"), L"Close");
-  EXPECT_EQ(strings.Text(L"retry"), L"Retry");
-}
-
 }  // namespace
