@@ -12,9 +12,10 @@ function(vl_library name)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 
-# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ...): one GoogleTest executable per layer.
+# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ... [FIXTURE name]): one GoogleTest executable per layer.
+# FIXTURE names a CTest fixture every test of the executable requires (e.g. the test servers).
 function(vl_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "" "FIXTURE" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
   set(srcs ${ARG_SOURCES})
   if(WIN32)
     list(APPEND srcs ${ARG_WIN})
@@ -26,6 +27,10 @@ function(vl_test name)
   if(WIN32)
     vl_copy_runtime_dlls(${name})
   endif()
+  set(properties ENVIRONMENT "VL_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data")
+  if(ARG_FIXTURE)
+    list(APPEND properties FIXTURES_REQUIRED ${ARG_FIXTURE})
+  endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES ENVIRONMENT "VL_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data")
+    PROPERTIES ${properties})
 endfunction()
