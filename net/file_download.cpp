@@ -1,0 +1,207 @@
+// CHttpClient::DownloadFile: a resumable download into a partial file, moved
+// onto its target once complete. The partial file survives failed attempts
+// and restarts, so a large download continues from its last byte.
+#include <algorithm>
+#include <fstream>
+#include <ios>
+#include <optional>
+#include <span>
+#include <system_error>
+
+#include "net/http_client.h"
+#include "net/system_error_text.h"
+#include "platform/file_replace.h"
+
+namespace net {
+namespace {
+
+constexpr std::size_t kBufferSize = 4 * 1024 * 1024;
+constexpr wchar_t kStatusErrorPrefix[] = L"HTTP file download failed with status ";
+constexpr wchar_t kOpenError[] = L"Could not open target file.";
+constexpr wchar_t kWriteError[] = L"Could not write target file.";
+constexpr wchar_t kFinalizeErrorPrefix[] = L"Could not finalize downloaded file: ";
+
+constexpr std::uint32_t kStatusOk = 200;
+constexpr std::uint32_t kStatusPartialContent = 206;
+constexpr std::uint32_t kStatusRangeNotSatisfiable = 416;
+
+// Why an attempt's handler turned the body down or stopped reading it.
+enum class EStopReason { None, RangeRefused, UntrustedPartial, BadStatus, OpenFailed, WriteFailed };
+
+// One attempt: decides from the status where the body goes, then streams it
+// through one buffer into the partial file.
+class CDownloadAttempt final : public CHttpResponseHandler {
+ public:
+  CDownloadAttempt(const std::filesystem::path& partial, std::uint64_t offset, const DownloadProgress& progress)
+      : partial_(partial), offset_(offset), progress_(progress) {}
+
+  bool OnResponse(const SHttpResponseFacts& facts) override {
+    status_ = facts.status;
+    bool appending = false;
+    switch (facts.status) {
+      case kStatusRangeNotSatisfiable:
+        return Stop(EStopReason::RangeRefused);
+      case kStatusOk:  // the server ignored the range: start over
+        offset_ = 0;
+        break;
+      case kStatusPartialContent:
+        appending = offset_ > 0;
+        break;
+      default:
+        return Stop(EStopReason::BadStatus);
+    }
+    total_ = facts.contentRangeTotal ? facts.contentRangeTotal : facts.contentLength;
+    // A partial file that already holds everything cannot be told apart from
+    // a stale one, so it is not trusted.
+    if (appending && total_ && offset_ >= *total_) return Stop(EStopReason::UntrustedPartial);
+
+    stream_.open(partial_, std::ios::binary | (appending ? std::ios::app : std::ios::trunc));
+    if (!stream_.is_open()) return Stop(EStopReason::OpenFailed);
+    buffer_.resize(kBufferSize);
+    if (offset_ > 0) Report();
+    return true;
+  }
+
+  std::span<std::uint8_t> ReadBuffer(std::size_t available) override {
+    return {buffer_.data(), std::min(available, buffer_.size())};
+  }
+
+  bool OnBodyRead(std::size_t count) override {
+    stream_.write(reinterpret_cast<const char*>(buffer_.data()), static_cast<std::streamsize>(count));
+    if (!stream_) return Stop(EStopReason::WriteFailed);
+    offset_ += count;
+    Report();
+    return true;
+  }
+
+  // Closes the partial file; a failed close throws as the stream library does.
+  void CloseStream() {
+    if (!stream_.is_open()) return;
+    stream_.close();
+    if (stream_.bad()) throw std::ios_base::failure("ios_base::badbit set");
+    if (stream_.fail()) throw std::ios_base::failure("ios_base::failbit set");
+  }
+
+  // Keeps what was written for the next attempt, whatever the stream's state.
+  void AbandonStream() {
+    stream_.close();
+    stream_.clear();
+  }
+
+  void ReportComplete() const {
+    if (progress_ && total_) progress_(*total_, *total_);
+  }
+
+  EStopReason stopReason() const { return stopReason_; }
+  std::uint32_t status() const { return status_; }
+
+ private:
+  bool Stop(EStopReason reason) {
+    stopReason_ = reason;
+    return false;
+  }
+
+  void Report() const {
+    if (progress_) progress_(offset_, total_.value_or(offset_));
+  }
+
+  const std::filesystem::path& partial_;
+  std::uint64_t offset_;
+  const DownloadProgress& progress_;
+  std::optional<std::uint64_t> total_;
+  std::uint32_t status_ = 0;
+  EStopReason stopReason_ = EStopReason::None;
+  std::ofstream stream_;
+  std::vector<std::uint8_t> buffer_;
+};
+
+void CreateParentFolders(const std::filesystem::path& file) {
+  if (file.has_parent_path()) std::filesystem::create_directories(file.parent_path());
+}
+
+std::uint64_t ExistingSize(const std::filesystem::path& file) {
+  std::error_code ec;
+  const auto size = std::filesystem::file_size(file, ec);
+  return ec ? 0 : size;
+}
+
+void RemoveFile(const std::filesystem::path& file) {
+  std::error_code ec;
+  std::filesystem::remove(file, ec);
+}
+
+// Moves the finished partial file onto the target; a target that refuses to
+// be replaced (read-only) is deleted first and the move tried once more.
+bool Finalize(const std::filesystem::path& partial, const std::filesystem::path& target, std::wstring& error) {
+  std::uint32_t firstError = 0;
+  if (platform::MoveReplacingFile(partial, target, firstError)) return true;
+  std::uint32_t code = firstError;
+  std::error_code ec;
+  if (std::filesystem::exists(target, ec)) {
+    std::uint32_t ignored = 0;
+    platform::DeleteReadOnlyFile(target, ignored);
+    std::uint32_t secondError = 0;
+    if (platform::MoveReplacingFile(partial, target, secondError)) return true;
+    if (secondError != 0) code = secondError;
+  }
+  error = kFinalizeErrorPrefix + SystemErrorText(code);
+  return false;
+}
+
+}  // namespace
+
+SDownloadResult CHttpClient::DownloadFile(const std::wstring& url, const std::filesystem::path& target,
+                                          const std::filesystem::path& partial,
+                                          const DownloadProgress& progress) const {
+  SDownloadResult result;
+  for (int attempt = 0; attempt < config_.httpAttempts; ++attempt) {
+    CreateParentFolders(target);
+    CreateParentFolders(partial);
+
+    SHttpRequest request;
+    request.rangeStart = ExistingSize(partial);
+    result.status = 0;
+    if (!ParseHttpUrl(url, request.url, result.error)) continue;
+
+    CDownloadAttempt download(partial, request.rangeStart, progress);
+    std::wstring systemError;
+    const ETransferOutcome outcome = PerformHttpGet(config_, request, download, systemError);
+    result.status = download.status();
+
+    switch (download.stopReason()) {
+      case EStopReason::RangeRefused:
+        RemoveFile(partial);
+        result.error.clear();
+        continue;
+      case EStopReason::UntrustedPartial:
+        RemoveFile(partial);
+        continue;
+      case EStopReason::BadStatus:
+        result.error = kStatusErrorPrefix + std::to_wstring(download.status()) + L".";
+        continue;
+      case EStopReason::OpenFailed:
+        result.error = kOpenError;
+        return result;
+      case EStopReason::WriteFailed:
+        download.AbandonStream();
+        result.error = kWriteError;
+        continue;
+      case EStopReason::None:
+        break;
+    }
+    if (outcome != ETransferOutcome::Completed) {
+      download.AbandonStream();
+      result.error = systemError;
+      continue;
+    }
+    download.CloseStream();
+    if (!Finalize(partial, target, result.error)) continue;
+    download.ReportComplete();
+    result.ok = true;
+    result.error.clear();
+    return result;
+  }
+  return result;
+}
+
+}  // namespace net

@@ -1,0 +1,63 @@
+#pragma once
+// CHttpClient: the patch engine's two kinds of transfer, a GET into memory
+// and a resumable download into a partial file that is renamed onto its
+// target when complete. Each call is self-contained (its own connection and
+// buffer) and may run on any thread; nothing is kept between calls.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/launcher_config.h"
+#include "net/http_transport.h"
+
+namespace net {
+
+struct SHttpGetResult {
+  bool ok = false;          // a response with a status of 200 to 299
+  std::uint32_t status = 0; // 0 when no response was had
+  std::vector<std::uint8_t> body;
+  std::wstring error;       // empty on success
+};
+
+struct SDownloadResult {
+  bool ok = false;
+  std::uint32_t status = 0;  // of the last attempt
+  std::wstring error;
+};
+
+// (bytes received so far, counting a resumed part; total expected bytes, or
+// the first value again when the total is unknown).
+using DownloadProgress = std::function<void(std::uint64_t received, std::uint64_t total)>;
+
+class CHttpClient {
+ public:
+  // Reads the user agent, time-outs and attempt count from `config`, which
+  // must outlive the client.
+  explicit CHttpClient(const LauncherConfig& config) : config_(config) {}
+
+  // One attempt: true when a response arrived and its whole body was read,
+  // whatever its status.
+  bool GetOnce(const std::wstring& url, std::vector<std::uint8_t>& body, SHttpResponseFacts& facts,
+               std::wstring& error) const;
+
+  // Up to the configured number of attempts, repeated only while no response
+  // is had; a status outside 200..299 fails with
+  // "HTTP request failed with status N.".
+  SHttpGetResult Get(const std::wstring& url) const;
+
+  // Downloads into `partial`, resuming from its current length with a range
+  // request, then moves it onto `target` (replacing a read-only file too).
+  // Throws std::filesystem::filesystem_error when the parent folders cannot
+  // be created and std::ios_base::failure when the finished partial file
+  // cannot be closed.
+  SDownloadResult DownloadFile(const std::wstring& url, const std::filesystem::path& target,
+                               const std::filesystem::path& partial, const DownloadProgress& progress) const;
+
+ private:
+  const LauncherConfig& config_;
+};
+
+}  // namespace net

@@ -1,0 +1,190 @@
+// libcurl's easy interface, one handle per request, set up to behave like the
+// WinHTTP twin:
+// - resolve and connect share CURLOPT_CONNECTTIMEOUT_MS;
+// - the receive time-out is an idle limit: the request fails once no body
+//   byte has arrived for that long (checked from the progress callback, which
+//   libcurl calls at least once a second);
+// - the send time-out has no libcurl counterpart; a GET sends only its
+//   headers, and a stall there runs into the idle limit as well;
+// - gzip and deflate bodies are decoded; HTTP/2 is used where TLS offers it;
+// - redirects are followed as WinHTTP follows them (at most 10, never from
+//   https to http);
+// - certificates are checked against OpenSSL's default store instead of the
+//   bundle compiled into libcurl, so SSL_CERT_FILE and SSL_CERT_DIR work as
+//   OpenSSL documents them.
+#include <curl/curl.h>
+#include <openssl/ssl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "net/http_transport.h"
+#include "text/utf.h"
+
+namespace net {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr char kAcceptEncoding[] = "gzip, deflate";
+constexpr long kMaxRedirects = 10;
+
+void EnsureCurlInitialised() {
+  // Runs once, before the first handle; static initialisation is thread-safe.
+  static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
+  static_cast<void>(initialised);
+}
+
+struct SCurlDeleter {
+  void operator()(CURL* curl) const { curl_easy_cleanup(curl); }
+  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+
+CURLcode UseOpenSslDefaultStore(CURL*, void* sslContext, void*) {
+  return SSL_CTX_set_default_verify_paths(static_cast<SSL_CTX*>(sslContext)) == 1 ? CURLE_OK
+                                                                                  : CURLE_SSL_CACERT_BADFILE;
+}
+
+SHttpResponseFacts QueryFacts(CURL* curl) {
+  SHttpResponseFacts facts;
+  long status = 0;
+  if (curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK) facts.status = static_cast<std::uint32_t>(status);
+  curl_off_t length = -1;
+  if (curl_easy_getinfo(curl, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length) == CURLE_OK && length >= 0) {
+    facts.contentLength = static_cast<std::uint64_t>(length);
+  }
+  curl_header* range = nullptr;
+  if (curl_easy_header(curl, "Content-Range", 0, CURLH_HEADER, -1, &range) == CURLHE_OK) {
+    facts.contentRangeTotal = ParseContentRangeTotal(text::Utf8ToWide(range->value));
+  }
+  return facts;
+}
+
+std::string ComposeUrl(const SHttpUrl& url) {
+  return (url.secure ? "https://" : "http://") + text::WideToUtf8(url.host) + ":" + std::to_string(url.port) +
+         text::WideToUtf8(url.pathAndQuery);
+}
+
+// State shared with libcurl's callbacks during one perform.
+class CCurlTransfer {
+ public:
+  CCurlTransfer(CURL* curl, CHttpResponseHandler& handler, std::chrono::milliseconds idleLimit)
+      : curl_(curl), handler_(handler), idleLimit_(idleLimit), lastActivity_(Clock::now()) {}
+
+  static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* self) {
+    return static_cast<CCurlTransfer*>(self)->Write(data, size * count);
+  }
+
+  static int OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t) {
+    return static_cast<CCurlTransfer*>(self)->IdleTooLong(received) ? 1 : 0;
+  }
+
+  ETransferOutcome Finish(CURLcode result, const char* detail, std::wstring& error) {
+    if (result == CURLE_OK) return DeliverResponse() ? ETransferOutcome::Completed : ETransferOutcome::Stopped;
+    if (stopped_) return ETransferOutcome::Stopped;
+    if (idleExpired_) {
+      error = text::Utf8ToWide(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT));
+    } else {
+      error = text::Utf8ToWide(detail[0] != '\0' ? detail : curl_easy_strerror(result));
+    }
+    return responseDelivered_ ? ETransferOutcome::ReadFailed : ETransferOutcome::RequestFailed;
+  }
+
+ private:
+  std::size_t Write(const char* data, std::size_t size) {
+    if (!DeliverResponse()) return Stop();
+    for (std::size_t done = 0; done < size;) {
+      const auto room = handler_.ReadBuffer(size - done);
+      const std::size_t count = std::min(room.size(), size - done);
+      std::memcpy(room.data(), data + done, count);
+      done += count;
+      if (!handler_.OnBodyRead(count)) return Stop();
+    }
+    return size;
+  }
+
+  // Any return value other than the size handed in makes libcurl give up.
+  std::size_t Stop() {
+    stopped_ = true;
+    return 0;
+  }
+
+  bool DeliverResponse() {
+    if (!responseDelivered_) {
+      responseDelivered_ = true;
+      bodyWanted_ = handler_.OnResponse(QueryFacts(curl_));
+    }
+    return bodyWanted_;
+  }
+
+  bool IdleTooLong(curl_off_t received) {
+    const auto now = Clock::now();
+    if (received != lastReceived_) {
+      lastReceived_ = received;
+      lastActivity_ = now;
+    }
+    idleExpired_ = now - lastActivity_ > idleLimit_;
+    return idleExpired_;
+  }
+
+  CURL* curl_;
+  CHttpResponseHandler& handler_;
+  const std::chrono::milliseconds idleLimit_;
+  Clock::time_point lastActivity_;
+  curl_off_t lastReceived_ = 0;
+  bool responseDelivered_ = false;
+  bool bodyWanted_ = false;
+  bool stopped_ = false;
+  bool idleExpired_ = false;
+};
+
+}  // namespace
+
+ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest& request,
+                                CHttpResponseHandler& handler, std::wstring& error) {
+  EnsureCurlInitialised();
+  const std::unique_ptr<CURL, SCurlDeleter> handle(curl_easy_init());
+  if (!handle) {
+    error = text::Utf8ToWide(curl_easy_strerror(CURLE_FAILED_INIT));
+    return ETransferOutcome::RequestFailed;
+  }
+  CURL* curl = handle.get();
+  std::unique_ptr<curl_slist, SCurlDeleter> headers;
+  if (request.rangeStart > 0) {
+    headers.reset(curl_slist_append(nullptr, ("Range: bytes=" + std::to_string(request.rangeStart) + "-").c_str()));
+  }
+  const std::string url = ComposeUrl(request.url);
+  const std::string userAgent = text::WideToUtf8(config.userAgent);
+  char detail[CURL_ERROR_SIZE] = {};
+  CCurlTransfer transfer(curl, handler, std::chrono::milliseconds(config.receiveTimeoutMs));
+
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L);
+  curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
+  curl_easy_setopt(curl, CURLOPT_USERAGENT, userAgent.c_str());
+  curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, kAcceptEncoding);
+  curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(config.resolveConnectTimeoutMs));
+  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+  curl_easy_setopt(curl, CURLOPT_MAXREDIRS, kMaxRedirects);
+  curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, request.url.secure ? "https" : "http,https");
+  if (curl_easy_setopt(curl, CURLOPT_SSL_CTX_FUNCTION, &UseOpenSslDefaultStore) == CURLE_OK) {
+    curl_easy_setopt(curl, CURLOPT_CAINFO, nullptr);
+    curl_easy_setopt(curl, CURLOPT_CAPATH, nullptr);
+  }
+  curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, detail);
+  curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &CCurlTransfer::OnWrite);
+  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &transfer);
+  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &CCurlTransfer::OnProgress);
+  curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &transfer);
+
+  return transfer.Finish(curl_easy_perform(curl), detail, error);
+}
+
+}  // namespace net
