@@ -1,0 +1,15 @@
+#include "platform/file_copy.h"
+
+#include <windows.h>
+
+namespace platform {
+
+bool CopyFileReplacing(const std::filesystem::path& from, const std::filesystem::path& to,
+                       std::uint32_t& errorCode) {
+  errorCode = 0;
+  if (CopyFileW(from.c_str(), to.c_str(), FALSE)) return true;
+  errorCode = GetLastError();
+  return false;
+}
+
+}  // namespace platform
