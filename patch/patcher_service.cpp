@@ -25,7 +25,11 @@ std::uint64_t& SeenVersionField(SPatchState& state, const std::wstring& channel)
 
 }  // namespace
 
-SServiceFolders DefaultServiceFolders() { return {RuntimeDirectory(), LegacyDataDirectory()}; }
+SServiceFolders DefaultServiceFolders() {
+  const LauncherConfig& config = CompiledLauncherConfig();
+  return {RuntimeDirectory(), LegacyDataDirectory(), ResolveGameDirectory(config.gameFolder, config.gameExecutable),
+          ModulePath()};
+}
 
 CPatcherService::CPatcherService(const LauncherConfig& config, SServiceFolders folders)
     : config_(config), folders_(std::move(folders)), integrityCache_(folders_.runtimeFolder) {}

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "app/launcher_config.h"
+#include "patch/blob_failures.h"
 #include "patch/integrity_cache.h"
 #include "patch/manifest.h"
 #include "patch/patch_state.h"
@@ -18,11 +19,13 @@ namespace patch {
 
 // Where the service keeps its files. Tests pass temporary folders.
 struct SServiceFolders {
-  std::wstring runtimeFolder;     // "launcher.state", "integrity.cache"
+  std::wstring runtimeFolder;     // "launcher.state", "integrity.cache", "staging"
   std::wstring legacyDataFolder;  // earlier launchers' data, read only; empty when unknown
+  std::wstring gameFolder;        // the folder kept identical to the update list
+  std::wstring launcherPath;      // the running launcher's own file: never a patch target
 };
 
-// RuntimeDirectory() and LegacyDataDirectory().
+// RuntimeDirectory(), LegacyDataDirectory(), the resolved game folder and ModulePath().
 SServiceFolders DefaultServiceFolders();
 
 class CPatcherService {
@@ -60,6 +63,24 @@ class CPatcherService {
   void StoreCachedHashOnActor(const std::wstring& fullPath, std::uint64_t size, const std::wstring& sha256);
   void PersistIntegrityCache();
 
+  // True when the file at `fullPath` has the entry's size and SHA-256, trusting
+  // the integrity cache while size and last-write time are unchanged. Fails
+  // with "Target file is missing.", "File size verification failed.",
+  // "SHA-256 verification failed." or a hashing error.
+  bool VerifyEntryIntegrity(const std::wstring& fullPath, const SManifestEntry& entry, std::wstring& error);
+
+  // Blob failure records, keyed by SHA-256; the tick count is read on the
+  // calling thread before the question goes to the actor.
+  ERetryVerdict ConsultBlobFailure(const std::wstring& key);
+  // True only the first time a failure of this key is recorded.
+  bool RecordBlobFailure(const std::wstring& key, bool mismatch);
+  void RecordBlobSuccess(const std::wstring& key);
+  // A run the user started is never blocked by earlier back-offs or mismatches.
+  void ForgetBlobFailures();
+
+  const LauncherConfig& Config() const { return config_; }
+  const SServiceFolders& Folders() const { return folders_; }
+
  private:
   void LoadStateOnActor();
   bool SaveStateOnActor(std::wstring& errorText);
@@ -69,6 +90,7 @@ class CPatcherService {
   const SServiceFolders folders_;
   SPatchState state_;
   CIntegrityCache integrityCache_;
+  CBlobFailureTable blobFailures_;
   // Declared last so it is stopped before the state its tasks touch goes away.
   CUpdateActor actor_;
 };
