@@ -27,13 +27,17 @@ class VerifyEntryIntegrity : public testing::Test {
 
   std::wstring GameFile(const char* name) const { return platform::FromPath(dir_.path() / "game" / name); }
 
-  // Rewrites the file and puts its last-write time back, so only the bytes change.
-  void ReplaceBytesKeepingTime(const std::wstring& file, const std::string& bytes) const {
-    const auto path = platform::ToPath(file);
-    const auto time = fs::last_write_time(path);
-    dir_.Write("game/" + path.filename().string(), bytes);
-    fs::last_write_time(path, time);
+  // Writes the file with a fixed last-write time (whole seconds: mingw's
+  // std::filesystem keeps no finer), so rewriting it with the same time
+  // changes only the bytes.
+  std::wstring WriteGameFile(const char* name, const std::string& bytes) const {
+    const auto path = dir_.Write(std::string("game/") + name, bytes);
+    fs::last_write_time(path, kFixedTime);
+    return platform::FromPath(path);
   }
+
+  static inline const fs::file_time_type kFixedTime =
+      std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now());
 
   testing_support::TempDir dir_;
   LauncherConfig config_;
@@ -47,31 +51,30 @@ TEST_F(VerifyEntryIntegrity, MissingAndWrongSizedFilesFailWithoutHashing) {
   EXPECT_FALSE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error));
   EXPECT_EQ(error, L"Target file is missing.");
 
-  dir_.Write("game/a.bin", "hello!");
+  WriteGameFile("a.bin", "hello!");
   EXPECT_FALSE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error));
   EXPECT_EQ(error, L"File size verification failed.");
 }
 
 TEST_F(VerifyEntryIntegrity, UnchangedFileIsTrustedFromTheCacheWithoutReading) {
-  dir_.Write("game/a.bin", "hello");
+  WriteGameFile("a.bin", "hello");
   const patch::SManifestEntry entry{L"a.bin", 5, Sha256Of("hello")};
   std::wstring error;
   ASSERT_TRUE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error)) << error;
   EXPECT_TRUE(error.empty());
 
   // Same size and time: the cache vouches for it, so different bytes go unseen.
-  ReplaceBytesKeepingTime(GameFile("a.bin"), "jello");
+  WriteGameFile("a.bin", "jello");
   EXPECT_TRUE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error)) << error;
 
   // A new last-write time forces the file to be read again.
-  fs::last_write_time(platform::ToPath(GameFile("a.bin")),
-                      fs::last_write_time(platform::ToPath(GameFile("a.bin"))) + std::chrono::hours(1));
+  fs::last_write_time(platform::ToPath(GameFile("a.bin")), kFixedTime + std::chrono::hours(1));
   EXPECT_FALSE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error));
   EXPECT_EQ(error, L"SHA-256 verification failed.");
 }
 
 TEST_F(VerifyEntryIntegrity, WrongFileStaysWrongFromTheCacheAndPathsFoldCase) {
-  dir_.Write("game/a.bin", "jello");
+  WriteGameFile("a.bin", "jello");
   const patch::SManifestEntry entry{L"a.bin", 5, Sha256Of("hello")};
   std::wstring error;
   EXPECT_FALSE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error));
@@ -79,7 +82,7 @@ TEST_F(VerifyEntryIntegrity, WrongFileStaysWrongFromTheCacheAndPathsFoldCase) {
 
   // The cached hash is of the wrong bytes; fixing them behind the cache's back
   // is not noticed until the time changes, and the entry keeps failing.
-  ReplaceBytesKeepingTime(GameFile("a.bin"), "hello");
+  WriteGameFile("a.bin", "hello");
   EXPECT_FALSE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error));
   EXPECT_EQ(error, L"SHA-256 verification failed.");
 
@@ -93,7 +96,7 @@ TEST_F(VerifyEntryIntegrity, WrongFileStaysWrongFromTheCacheAndPathsFoldCase) {
 }
 
 TEST_F(VerifyEntryIntegrity, CacheSurvivesARestartThroughSaveState) {
-  dir_.Write("game/a.bin", "hello");
+  WriteGameFile("a.bin", "hello");
   const patch::SManifestEntry entry{L"a.bin", 5, Sha256Of("hello")};
   std::wstring error;
   ASSERT_TRUE(service_.VerifyEntryIntegrity(GameFile("a.bin"), entry, error)) << error;
@@ -101,7 +104,7 @@ TEST_F(VerifyEntryIntegrity, CacheSurvivesARestartThroughSaveState) {
 
   patch::CPatcherService restarted{config_, {platform::FromPath(dir_.path() / "runtime"), L"", L"", L""}};
   ASSERT_TRUE(restarted.InitializeState(error));
-  ReplaceBytesKeepingTime(GameFile("a.bin"), "jello");
+  WriteGameFile("a.bin", "jello");
   EXPECT_TRUE(restarted.VerifyEntryIntegrity(GameFile("a.bin"), entry, error)) << error;
 }
 
