@@ -12,8 +12,13 @@
 #include "patch/blob_failures.h"
 #include "patch/integrity_cache.h"
 #include "patch/manifest.h"
+#include "patch/patch_progress.h"
 #include "patch/patch_state.h"
 #include "patch/update_actor.h"
+
+namespace net {
+class CHttpClient;
+}
 
 namespace patch {
 
@@ -77,6 +82,22 @@ class CPatcherService {
   void RecordBlobSuccess(const std::wstring& key);
   // A run the user started is never blocked by earlier back-offs or mismatches.
   void ForgetBlobFailures();
+
+  // The absolute address of a file on the patch host; with `cacheBust` a
+  // "?v=" (or "&v=") tick count defeats caches for the one mutable file.
+  std::wstring BuildPatchUrl(const std::wstring& relativeName, bool cacheBust) const;
+  // Reads the channel pointer, fetches that release's update list and
+  // signature and accepts them against this install's rollback floor.
+  // `fingerprint` may be null; when given it receives the list's SHA-256.
+  bool FetchManifest(const net::CHttpClient& http, SManifest& manifest, std::wstring* fingerprint,
+                     std::wstring& errorText);
+
+  using ProgressCallback = std::function<void(const SPatchProgress&)>;
+  // Brings the game folder into line with an accepted list. False only when
+  // the whole run stops (not enough disk space); single files that fail are
+  // counted in `outcome` and summarised in `error`.
+  bool ApplyEntries(const net::CHttpClient& http, const SManifest& manifest, bool repair,
+                    const ProgressCallback& progress, SPatchOutcome& outcome, std::wstring& error);
 
   const LauncherConfig& Config() const { return config_; }
   const SServiceFolders& Folders() const { return folders_; }
