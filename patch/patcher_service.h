@@ -14,6 +14,7 @@
 #include "patch/manifest.h"
 #include "patch/patch_progress.h"
 #include "patch/patch_state.h"
+#include "patch/patch_view.h"
 #include "patch/update_actor.h"
 
 namespace net {
@@ -32,6 +33,9 @@ struct SServiceFolders {
 
 // RuntimeDirectory(), LegacyDataDirectory(), the resolved game folder and ModulePath().
 SServiceFolders DefaultServiceFolders();
+
+// Who asked for a patch run.
+enum class EPatchTrigger { User, Automatic };
 
 class CPatcherService {
  public:
@@ -99,6 +103,27 @@ class CPatcherService {
   bool ApplyEntries(const net::CHttpClient& http, const SManifest& manifest, bool repair,
                     const ProgressCallback& progress, SPatchOutcome& outcome, std::wstring& error);
 
+  // Checks the patch host and decides, without downloading game files, whether
+  // the folder is up to date or needs a patch, giving a newer launcher the
+  // chance to take over first. With `maintenance` an up-to-date game may still
+  // be played but nothing may be patched. False (phase 7) when no update list
+  // could be had.
+  bool SyncPatchState(const net::CHttpClient& http, bool maintenance, SPatchView& status, std::wstring& errorText);
+
+  // Starts the published launcher when it is newer than this one, was not
+  // tried in an earlier run and was neither started nor failed in this one.
+  bool MaybeStartLauncherSelfUpdate(const net::CHttpClient& http, const SManifest& manifest);
+  // Downloads and verifies the published launcher, keeps it under
+  // "launcher_update", records the attempt and starts it with
+  // --apply-self-update "<this launcher>". True once it runs.
+  bool StageAndLaunchUpdate(const net::CHttpClient& http, const SManifest& manifest, std::wstring& errorText);
+
+  // A patch or repair run: fetches the current list, applies it and records
+  // the release as installed when every file made it. A run the user started
+  // first forgets earlier blob failures.
+  bool RunPatch(const net::CHttpClient& http, bool repair, EPatchTrigger trigger, const ProgressCallback& progress,
+                SPatchOutcome& outcome, std::wstring& error);
+
   const LauncherConfig& Config() const { return config_; }
   const SServiceFolders& Folders() const { return folders_; }
 
@@ -112,6 +137,10 @@ class CPatcherService {
   SPatchState state_;
   CIntegrityCache integrityCache_;
   CBlobFailureTable blobFailures_;
+  // This run's self-update memory: a started update, and the digest of the
+  // launcher whose update failed. Not persisted.
+  bool selfUpdateStarted_ = false;
+  std::wstring failedLauncherSha256_;
   // Declared last so it is stopped before the state its tasks touch goes away.
   CUpdateActor actor_;
 };
