@@ -1,0 +1,26 @@
+#include "platform/disk_space.h"
+
+#include <windows.h>
+
+namespace platform {
+namespace {
+
+constexpr DWORD kVolumePathCapacity = MAX_PATH;
+
+}  // namespace
+
+bool QueryFreeDiskSpace(const std::filesystem::path& folder, std::uint64_t& freeBytes) {
+  ULARGE_INTEGER available{};
+  if (!GetDiskFreeSpaceExW(folder.c_str(), &available, nullptr, nullptr)) return false;
+  freeBytes = available.QuadPart;
+  return true;
+}
+
+bool QueryVolumeName(const std::filesystem::path& folder, std::wstring& volumeName) {
+  wchar_t buffer[kVolumePathCapacity] = {};
+  if (!GetVolumePathNameW(folder.c_str(), buffer, kVolumePathCapacity)) return false;
+  volumeName = buffer;
+  return !volumeName.empty();
+}
+
+}  // namespace platform
