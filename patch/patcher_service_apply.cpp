@@ -1,0 +1,294 @@
+// Applying an accepted update list to the game folder: plan which files need
+// content, check the disk, fetch each distinct blob once on up to four
+// workers, verify it and promote it onto every target that shares it.
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "crypto/sha256.h"
+#include "log/log.h"
+#include "net/http_client.h"
+#include "patch/apply_plan.h"
+#include "patch/apply_progress.h"
+#include "patch/apply_tally.h"
+#include "patch/blob_path.h"
+#include "patch/disk_space_check.h"
+#include "patch/patcher_service.h"
+#include "patch/staged_promotion.h"
+#include "platform/file_replace.h"
+#include "platform/file_time.h"
+#include "platform/path_text.h"
+
+namespace patch {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kLogCategory[] = L"patch";
+constexpr wchar_t kStagingFolderName[] = L"staging";
+constexpr std::size_t kMaxFetchWorkers = 4;
+
+constexpr std::uint32_t kPhaseDownloading = 4;
+constexpr std::uint32_t kPhaseApplying = 5;
+constexpr wchar_t kDownloadingStatus[] = L"Downloading";
+constexpr wchar_t kApplyingStatus[] = L"Applying files";
+
+constexpr wchar_t kRefusedReason[] = L"the published bytes did not match the signed hash";
+constexpr wchar_t kWaitingReason[] = L"waiting before retrying";
+constexpr wchar_t kIncompleteReason[] = L"the published update is incomplete";
+constexpr wchar_t kMismatchReason[] = L"the downloaded content did not match its signed hash";
+
+constexpr std::uint32_t kStatusOk = 200;
+constexpr std::uint32_t kStatusPartialContent = 206;
+constexpr std::uint32_t kFirstServerErrorStatus = 500;
+
+fs::path TargetPath(const fs::path& gameFolder, const SManifestEntry& entry) {
+  return gameFolder / platform::ToPath(entry.path);
+}
+
+std::uint64_t CurrentSize(const fs::path& path) {
+  platform::SFileStamp stamp;
+  return platform::ReadFileStamp(platform::FromPath(path), stamp) ? stamp.size : 0;
+}
+
+void RemoveQuietly(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove(path, ignored);
+}
+
+// A status the host chose to answer with (not a transfer failure, not a
+// server fault) means the blob is not there and will not appear by retrying.
+bool IsMissingOnHost(std::uint32_t status) {
+  return status >= 1 && status < kFirstServerErrorStatus && status != kStatusOk && status != kStatusPartialContent;
+}
+
+// The entries whose files need content, in list order. Entries that may not
+// be fetched now are recorded as skipped.
+std::vector<SManifestEntry> PlanFetches(CPatcherService& service, const SManifest& manifest, bool repair,
+                                        CApplyProgress& progress, CApplyTally& tally) {
+  const fs::path gameFolder = platform::ToPath(service.Folders().gameFolder);
+  const fs::path launcherPath = platform::ToPath(service.Folders().launcherPath);
+  std::vector<SManifestEntry> toFetch;
+  for (std::size_t i = 0; i < manifest.files.size(); ++i) {
+    const SManifestEntry& entry = manifest.files[i];
+    progress.ReportPreparing(i, manifest.files.size(), entry.path);
+    const fs::path target = TargetPath(gameFolder, entry);
+    // The running launcher is replaced by its own self-update, never here.
+    if (IsSameFile(target, launcherPath)) continue;
+    std::wstring ignoredError;
+    if (!repair && service.VerifyEntryIntegrity(platform::FromPath(target), entry, ignoredError)) continue;
+    switch (service.ConsultBlobFailure(entry.sha256)) {
+      case ERetryVerdict::Refused:
+        tally.RecordFailure(entry, kRefusedReason, false);
+        break;
+      case ERetryVerdict::Waiting:
+        tally.RecordFailure(entry, kWaitingReason, false);
+        break;
+      case ERetryVerdict::Allowed:
+        toFetch.push_back(entry);
+        break;
+    }
+  }
+  return toFetch;
+}
+
+std::vector<STargetSizes> TargetSizes(const fs::path& gameFolder, const std::vector<SManifestEntry>& entries) {
+  std::vector<STargetSizes> sizes;
+  sizes.reserve(entries.size());
+  for (const SManifestEntry& entry : entries) sizes.push_back({entry.size, CurrentSize(TargetPath(gameFolder, entry))});
+  return sizes;
+}
+
+// The fetch phase: workers take items from a shared counter until none are left.
+class CFetchRun {
+ public:
+  CFetchRun(CPatcherService& service, const net::CHttpClient& http, const std::vector<SFetchItem>& items,
+            CApplyProgress& progress, CApplyTally& tally)
+      : service_(service),
+        http_(http),
+        items_(items),
+        progress_(progress),
+        tally_(tally),
+        gameFolder_(platform::ToPath(service.Folders().gameFolder)),
+        stagingRoot_(platform::ToPath(service.Folders().runtimeFolder) / kStagingFolderName) {}
+
+  // The calling thread works too; all helpers are joined before this returns.
+  void Run() {
+    const std::size_t workers = std::max<std::size_t>(1, std::min(items_.size(), kMaxFetchWorkers));
+    std::vector<std::jthread> helpers;
+    try {
+      for (std::size_t i = 1; i < workers; ++i) helpers.emplace_back([this] { Work(); });
+    } catch (const std::system_error&) {
+      // Fewer threads only means a slower run.
+    }
+    Work();
+  }
+
+ private:
+  void Work() {
+    for (;;) {
+      const std::size_t index = nextItem_.fetch_add(1);
+      if (index >= items_.size()) return;
+      try {
+        ProcessItem(items_[index]);
+      } catch (...) {
+        // One item's surprise must not stop the others.
+      }
+    }
+  }
+
+  void ProcessItem(const SFetchItem& item) {
+    const fs::path staged = StagedBlobPath(stagingRoot_, item.sha256);
+    std::wstring reason;
+    bool firstReport = false;
+    if (staged.empty()) {
+      // No blob can be published under a malformed digest.
+      FailTargets(item, kIncompleteReason, false);
+    } else if (!ReuseStagedBlob(staged, item) && !FetchBlob(item, staged, reason, firstReport)) {
+      FailTargets(item, reason, firstReport);
+    } else {
+      PromoteOntoTargets(item, staged);
+    }
+    progress_.ReportFetch(kPhaseApplying, kApplyingStatus);
+  }
+
+  // A blob verified and staged by an earlier run is used as it is.
+  bool ReuseStagedBlob(const fs::path& staged, const SFetchItem& item) {
+    std::error_code ec;
+    if (!fs::is_regular_file(staged, ec)) return false;
+    std::wstring digest;
+    std::wstring ignoredError;
+    if (crypto::HashFileSha256(staged, digest, ignoredError) && digest == item.sha256) {
+      // Counted as received, so the fraction still reaches the whole.
+      progress_.AddBytes(item.size);
+      return true;
+    }
+    RemoveQuietly(staged);
+    return false;
+  }
+
+  // Downloads the blob onto its staged path and verifies it. On failure the
+  // blob's failure is recorded and `reason` says why.
+  bool FetchBlob(const SFetchItem& item, const fs::path& staged, std::wstring& reason, bool& firstReport) {
+    std::uint64_t counted = 0;
+    const net::SDownloadResult download =
+        http_.DownloadFile(service_.BuildPatchUrl(BlobPathForHash(item.sha256), false), staged,
+                           PartialBlobPath(stagingRoot_, item.sha256), [&](std::uint64_t received, std::uint64_t) {
+                             // A transfer that starts over counts its bytes again.
+                             if (received > counted) progress_.AddBytes(received - counted);
+                             counted = received;
+                             progress_.ReportFetch(kPhaseDownloading, kDownloadingStatus);
+                           });
+    if (!download.ok) {
+      const bool missing = IsMissingOnHost(download.status);
+      reason = missing ? std::wstring(kIncompleteReason) : download.error;
+      firstReport = service_.RecordBlobFailure(item.sha256, missing);
+      return false;
+    }
+
+    std::wstring digest;
+    if (!crypto::HashFileSha256(staged, digest, reason) || digest != item.sha256) {
+      if (reason.empty()) reason = kMismatchReason;
+      RemoveQuietly(staged);
+      firstReport = service_.RecordBlobFailure(item.sha256, false);
+      return false;
+    }
+    return true;
+  }
+
+  // Every target but the last gets a copy; the last takes the blob itself.
+  void PromoteOntoTargets(const SFetchItem& item, const fs::path& staged) {
+    bool allApplied = true;
+    for (std::size_t i = 0; i < item.targets.size(); ++i) {
+      const SManifestEntry& entry = item.targets[i];
+      const fs::path target = TargetPath(gameFolder_, entry);
+      const bool last = i + 1 == item.targets.size();
+      std::wstring error;
+      const bool applied = PrepareStagedPromotion(staged, target, error) &&
+                           (last ? TakeStagedBlob(staged, target, error) : PromoteStagedFile(staged, target, error));
+      if (applied) {
+        // The next verification of this file is then a cache hit.
+        service_.StoreCachedHashOnActor(platform::FromPath(target), entry.size, entry.sha256);
+        tally_.CountApplied();
+        progress_.CountAppliedFile();
+      } else {
+        allApplied = false;
+        const bool firstReport = service_.RecordBlobFailure(item.sha256, false);
+        tally_.RecordFailure(entry, error, firstReport);
+      }
+    }
+    if (allApplied) service_.RecordBlobSuccess(item.sha256);
+  }
+
+  // A plain rename; across volumes it fails and a copy-promotion stands in.
+  static bool TakeStagedBlob(const fs::path& staged, const fs::path& target, std::wstring& error) {
+    std::uint32_t ignoredCode = 0;
+    if (platform::MoveReplacingFile(staged, target, ignoredCode)) return true;
+    if (!PromoteStagedFile(staged, target, error)) return false;
+    RemoveQuietly(staged);
+    return true;
+  }
+
+  void FailTargets(const SFetchItem& item, const std::wstring& reason, bool firstReport) {
+    for (const SManifestEntry& entry : item.targets) tally_.RecordFailure(entry, reason, firstReport);
+  }
+
+  CPatcherService& service_;
+  const net::CHttpClient& http_;
+  const std::vector<SFetchItem>& items_;
+  CApplyProgress& progress_;
+  CApplyTally& tally_;
+  const fs::path gameFolder_;
+  const fs::path stagingRoot_;
+  std::atomic<std::size_t> nextItem_{0};
+};
+
+}  // namespace
+
+bool CPatcherService::ApplyEntries(const net::CHttpClient& http, const SManifest& manifest, bool repair,
+                                   const ProgressCallback& progress, SPatchOutcome& outcome, std::wstring& error) {
+  error.clear();
+  CApplyProgress reporter(progress);
+  CApplyTally tally;
+
+  const std::vector<SManifestEntry> toFetch = PlanFetches(*this, manifest, repair, reporter, tally);
+  if (toFetch.empty()) {
+    if (tally.failedCount() == 0) reporter.ReportUpToDate();
+    tally.CopyInto(outcome);
+    error = PatchSummaryText(outcome);
+    return true;
+  }
+
+  const fs::path gameFolder = platform::ToPath(folders_.gameFolder);
+  const fs::path stagingRoot = platform::ToPath(folders_.runtimeFolder) / kStagingFolderName;
+  // Made now so its volume can be asked about before anything is downloaded.
+  std::error_code ignored;
+  fs::create_directories(stagingRoot, ignored);
+  if (!CheckDiskSpace(gameFolder, stagingRoot, TargetSizes(gameFolder, toFetch), error)) {
+    tally.CopyInto(outcome);
+    return false;
+  }
+
+  const std::vector<SFetchItem> items = GroupFetchItems(toFetch);
+  logging::LogInfo(kLogCategory, std::to_wstring(items.size()) + L" file(s) to fetch" + (repair ? L" (repair)" : L""));
+  std::uint64_t bytesTotal = 0;
+  for (const SFetchItem& item : items) bytesTotal += item.size;
+  reporter.BeginFetch(bytesTotal, toFetch.size());
+  CFetchRun(*this, http, items, reporter, tally).Run();
+
+  tally.CopyInto(outcome);
+  const std::wstring counts =
+      L"applied " + std::to_wstring(outcome.appliedCount) + L", skipped " + std::to_wstring(outcome.failedCount);
+  if (outcome.failedCount != 0) {
+    logging::LogWarning(kLogCategory, counts);
+  } else {
+    logging::LogInfo(kLogCategory, counts);
+  }
+  error = PatchSummaryText(outcome);
+  return true;
+}
+
+}  // namespace patch
