@@ -3,7 +3,6 @@
 // workers, verify it and promote it onto every target that shares it.
 #include <algorithm>
 #include <atomic>
-#include <exception>
 #include <system_error>
 #include <thread>
 #include <vector>
