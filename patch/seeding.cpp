@@ -1,0 +1,68 @@
+#include "patch/seeding.h"
+
+#include <cstdint>
+#include <fstream>
+#include <system_error>
+
+#include "platform/embedded_resource.h"
+#include "platform/move_no_replace.h"
+#include "platform/path_text.h"
+
+namespace patch {
+namespace {
+
+namespace fs = std::filesystem;
+
+// "Exists as anything": a dangling link or a folder of that name counts too.
+bool ExistsAsAnything(const fs::path& path) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(path, error);
+  return !error && status.type() != fs::file_type::not_found;
+}
+
+void RemoveQuietly(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove(path, ignored);
+}
+
+}  // namespace
+
+bool WriteSeedFile(const fs::path& targetPath, const std::uint8_t* bytes, std::size_t count) {
+  const fs::path temporary = platform::ToPath(platform::FromPath(targetPath) + std::wstring(kSeedTemporarySuffix));
+  std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+  if (!out) return false;
+  out.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
+  out.flush();
+  out.close();
+  if (!out) {
+    RemoveQuietly(temporary);
+    return false;
+  }
+  std::uint32_t errorCode = 0;
+  if (!platform::MoveWithoutReplacing(temporary, targetPath, errorCode)) {
+    RemoveQuietly(temporary);
+    return false;
+  }
+  return true;
+}
+
+SSeedResult SeedMissingConfigs(const std::wstring& gameFolder) {
+  SSeedResult result;
+  const fs::path folder = platform::ToPath(gameFolder);
+  std::error_code ignored;
+  fs::create_directories(folder, ignored);
+  for (const SSeedFile& seed : kSeedFiles) {
+    const std::wstring name(seed.fileName);
+    const fs::path target = folder / platform::ToPath(name);
+    if (ExistsAsAnything(target)) {
+      result.present.push_back(name);
+      continue;
+    }
+    const std::span<const std::uint8_t> bytes = platform::LoadEmbeddedResource(seed.resourceId);
+    if (bytes.empty()) continue;
+    (WriteSeedFile(target, bytes.data(), bytes.size()) ? result.written : result.failed).push_back(name);
+  }
+  return result;
+}
+
+}  // namespace patch
