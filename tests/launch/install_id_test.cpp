@@ -1,0 +1,93 @@
+#include "patch/install_id.h"
+
+#include <gtest/gtest.h>
+
+#include <span>
+
+#include "app/paths.h"
+#include "patch/legacy_migration.h"
+#include "platform/path_text.h"
+#include "tests/support/temp_dir.h"
+#include "text/utf.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing_support::ReadFileBytes;
+using testing_support::TempDir;
+
+constexpr char kStoredId[] = "0123456789abcdef0123456789abcdef";
+
+TEST(InstallId, IsCreatedOnceAndThenStable) {
+  TempDir dir;
+  std::wstring first;
+  std::wstring second;
+  std::wstring error;
+  ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), first, error)) << text::WideToUtf8(error);
+  EXPECT_TRUE(IsInstallIdentity(first));
+  EXPECT_EQ(text::Utf8ToWide(ReadFileBytes(dir.path() / "install.id")), first);
+  ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), second, error));
+  EXPECT_EQ(second, first);
+
+  TempDir other;
+  std::wstring third;
+  ASSERT_TRUE(patch::EnsureInstallId(other.wide(), third, error));
+  EXPECT_NE(third, first);
+}
+
+TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherReplaced) {
+  const std::string kept[] = {kStoredId, std::string(kStoredId) + "\r\n", " \t" + std::string(kStoredId) + "\n\n"};
+  const std::string replaced[] = {
+      std::string(kStoredId).substr(1),     // 31 characters
+      std::string(kStoredId) + "0",         // 33 characters
+      "0123456789abcdef0123456789abcdeg",   // not hexadecimal
+      "0123456789ABCDEF0123456789ABCDEF",   // upper case
+      "0123456789abcdef 0123456789abcdef",  // blank inside
+      "",
+  };
+  for (const bool keep : {true, false}) {
+    for (const std::string& stored : keep ? std::span<const std::string>(kept) : std::span<const std::string>(replaced)) {
+      TempDir dir;
+      dir.Write("install.id", stored);
+      std::wstring id;
+      std::wstring error;
+      ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), id, error)) << stored;
+      EXPECT_TRUE(IsInstallIdentity(id)) << stored;
+      EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), keep ? stored : text::WideToUtf8(id));
+      EXPECT_EQ(id == text::Utf8ToWide(kStoredId), keep) << stored;
+    }
+  }
+}
+
+TEST(InstallId, FailuresNameThePath) {
+  TempDir dir;
+  std::wstring id;
+  std::wstring error;
+  const std::wstring missing = platform::FromPath(dir.path() / "missing");
+  EXPECT_FALSE(patch::EnsureInstallId(missing, id, error));
+  EXPECT_EQ(error, L"game directory does not exist: " + missing);
+
+  fs::create_directories(dir.path() / "install.id");
+  EXPECT_FALSE(patch::EnsureInstallId(dir.wide(), id, error));
+  EXPECT_EQ(error, L"failed to write " + platform::FromPath(dir.path() / "install.id"));
+  EXPECT_TRUE(id.empty());
+}
+
+TEST(LegacyMigration, CopiesTheLegacyFilesWithoutReplacingAny) {
+  TempDir dir;
+  const fs::path legacy = dir.path() / "legacy";
+  const fs::path runtime = dir.path() / "runtime";
+  EXPECT_TRUE(patch::MigrateLegacyFiles(platform::FromPath(legacy), platform::FromPath(runtime)));
+  EXPECT_FALSE(fs::exists(runtime)) << "nothing to carry over, nothing created";
+
+  dir.Write("legacy/launcher.state", "old state");
+  dir.Write("legacy/integrity.cache", "old cache");
+  dir.Write("legacy/webview/profile", "not copied: below a folder");
+  dir.Write("runtime/launcher.state", "current state");
+  EXPECT_TRUE(patch::MigrateLegacyFiles(platform::FromPath(legacy), platform::FromPath(runtime)));
+  EXPECT_EQ(ReadFileBytes(runtime / "launcher.state"), "current state");
+  EXPECT_EQ(ReadFileBytes(runtime / "integrity.cache"), "old cache");
+  EXPECT_FALSE(fs::exists(runtime / "webview"));
+}
+
+}  // namespace

@@ -1,0 +1,32 @@
+// An exiting launcher holds its executable open; the hand-over waits a while
+// and then gives up, leaving the old launcher in place.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "app/self_update_mode.h"
+#include "platform/path_text.h"
+#include "tests/launch/probe_support.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+using testing_support::ReadFileBytes;
+using testing_support::TempDir;
+
+TEST(SelfUpdateModeWin, ATargetLockedLongerThanTheWaitStaysInPlace) {
+  TempDir dir;
+  const auto target = dir.Write("VardeniLauncher.exe", "old");
+  HANDLE held = CreateFileW(target.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr);
+  ASSERT_NE(held, INVALID_HANDLE_VALUE);
+  std::wstring error;
+  EXPECT_EQ(ApplySelfUpdate(platform::FromPath(launch_test::ProbePath()), platform::FromPath(target),
+                            {3, std::chrono::milliseconds(10)}, error),
+            1);
+  CloseHandle(held);
+  EXPECT_EQ(error, L"Could not replace the launcher executable.");
+  EXPECT_EQ(ReadFileBytes(target), "old");
+}
+
+}  // namespace
