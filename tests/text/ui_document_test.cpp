@@ -1,0 +1,270 @@
+#include "text/ui_document.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "text/utf.h"
+
+namespace {
+
+using text::EUiEventMode;
+using text::ReadLauncherUiDocument;
+using text::SLauncherUiDocument;
+using text::SUiDocumentNote;
+
+SLauncherUiDocument ReadOk(std::wstring_view json) {
+  SLauncherUiDocument document;
+  std::wstring error = L"stale";
+  EXPECT_TRUE(ReadLauncherUiDocument(json, document, error)) << text::WideToUtf8(json);
+  EXPECT_EQ(error, L"");
+  return document;
+}
+
+using SEventChanges = std::vector<std::pair<std::wstring, std::wstring>>;
+
+// A valid event as JSON with members replaced or added by `changes` (member
+// name, raw JSON value); an empty value leaves the member out.
+std::wstring Event(const SEventChanges& changes = {}) {
+  SEventChanges members = {{L"name", L"\"Boss\""},
+                           {L"iconId", L"7"},
+                           {L"dayOfWeek", L"3"},
+                           {L"timeStart", L"\"20:00\""},
+                           {L"timeEnd", L"\"21:30\""}};
+  for (const auto& change : changes) {
+    auto member = std::find_if(members.begin(), members.end(), [&](const auto& m) { return m.first == change.first; });
+    if (member == members.end()) {
+      members.push_back(change);
+    } else {
+      member->second = change.second;
+    }
+  }
+  std::wstring json = L"{";
+  for (const auto& [key, value] : members) {
+    if (value.empty()) continue;
+    if (json.size() > 1) json += L',';
+    json += L"\"" + key + L"\":" + value;
+  }
+  return json + L"}";
+}
+
+std::wstring DocumentWithEvents(const std::wstring& elements) { return L"{\"events\":[" + elements + L"]}"; }
+
+TEST(UiDocument, FailsOnlyOnUnparsableTextOrNonObjectTopLevel) {
+  for (const wchar_t* json : {L"", L"[]", L"\"ui\"", L"null", L"{", L"{\"a\":1,}", L"{} {}"}) {
+    SLauncherUiDocument document;
+    document.utcClock = true;
+    std::wstring error;
+    EXPECT_FALSE(ReadLauncherUiDocument(json, document, error)) << text::WideToUtf8(json);
+    EXPECT_EQ(error, L"Launcher UI document is invalid.");
+    EXPECT_EQ(document, SLauncherUiDocument{});
+  }
+  EXPECT_EQ(ReadOk(L" {} "), SLauncherUiDocument{});
+  // Wrong kinds everywhere still read: each member is dropped on its own.
+  EXPECT_EQ(ReadOk(L"{\"timezone\":1,\"patchNote\":[],\"events\":{},\"links\":\"x\",\"maintenance\":true}"),
+            SLauncherUiDocument{});
+}
+
+TEST(UiDocument, ClockIsUtcOnlyForTheExactTrimmedText) {
+  const std::pair<const wchar_t*, bool> cases[] = {
+      {L"{\"timezone\":\"UTC\"}", true},   {L"{\"timezone\":\" UTC\\t\"}", true}, {L"{\"timezone\":\"utc\"}", false},
+      {L"{\"timezone\":\"UTC+1\"}", false}, {L"{\"timezone\":true}", false},      {L"{}", false},
+  };
+  for (const auto& [json, utc] : cases) EXPECT_EQ(ReadOk(json).utcClock, utc) << text::WideToUtf8(json);
+}
+
+TEST(UiDocument, PatchNoteNeedsANonEmptyTitle) {
+  const SLauncherUiDocument shown = ReadOk(
+      LR"({"patchNote":{"title":"  Patch 42 ","summary":"Fixes","coverImage":"https://x/c.png",)"
+      LR"("publishedAt":"2024-05-01","url":"https://x/n","extra":1}})");
+  EXPECT_TRUE(shown.hasPatchNote);
+  EXPECT_EQ(shown.patchNote.title, L"Patch 42");
+  EXPECT_EQ(shown.patchNote.summary, L"Fixes");
+  EXPECT_EQ(shown.patchNote.coverImage, L"https://x/c.png");
+  EXPECT_EQ(shown.patchNote.publishedAt, L"2024-05-01");
+  EXPECT_EQ(shown.patchNote.url, L"https://x/n");
+
+  for (const wchar_t* json : {LR"({"patchNote":{"summary":"only a summary"}})", LR"({"patchNote":{"title":" \r\n"}})",
+                              LR"({"patchNote":{"title":42,"summary":"s"}})"}) {
+    const SLauncherUiDocument hidden = ReadOk(json);
+    EXPECT_FALSE(hidden.hasPatchNote) << text::WideToUtf8(json);
+    EXPECT_EQ(hidden.patchNote, text::SUiPatchNote{});
+  }
+}
+
+TEST(UiDocument, TextsAreTrimmedAndCutToTheirLimits) {
+  const std::wstring longTitle(200, L'T');
+  const std::wstring longAddress(3000, L'u');
+  const std::wstring json = L"{\"patchNote\":{\"title\":\"" + longTitle + L"\",\"summary\":\"" + std::wstring(601, L's') +
+                            L"\",\"publishedAt\":\"" + std::wstring(41, L'd') + L"\",\"url\":\"" + longAddress +
+                            L"\"},\"links\":{\"website\":\"" + longAddress + L"\",\"register\":\" r \"}," +
+                            L"\"maintenance\":{\"text\":\"" + std::wstring(700, L'm') + L"\"}}";
+  const SLauncherUiDocument document = ReadOk(json);
+  EXPECT_EQ(document.patchNote.title, std::wstring(160, L'T'));
+  EXPECT_EQ(document.patchNote.summary.size(), 600u);
+  EXPECT_EQ(document.patchNote.publishedAt.size(), 40u);
+  EXPECT_EQ(document.patchNote.url.size(), 2048u);
+  EXPECT_EQ(document.links.website.size(), 2048u);
+  EXPECT_EQ(document.links.registration, L"r");
+  EXPECT_EQ(document.maintenanceText.size(), 600u);
+}
+
+TEST(UiDocument, CutNeverSplitsACharacterBeyondTheBasicPlane) {
+  // 159 units then a two-unit emoji: the emoji does not fit in 160 and goes whole.
+  const std::wstring title = std::wstring(159, L'a') + L"\\ud83d\\ude00" + L"b";
+  const SLauncherUiDocument cut = ReadOk(L"{\"patchNote\":{\"title\":\"" + title + L"\"}}");
+  EXPECT_EQ(text::WideToUtf8(cut.patchNote.title), std::string(159, 'a'));
+
+  const std::wstring fits = std::wstring(158, L'a') + L"\\ud83d\\ude00" + L"b";
+  const SLauncherUiDocument kept = ReadOk(L"{\"patchNote\":{\"title\":\"" + fits + L"\"}}");
+  EXPECT_EQ(text::WideToUtf8(kept.patchNote.title), std::string(158, 'a') + "\xF0\x9F\x98\x80");
+}
+
+TEST(UiDocument, ReadsAValidEventCompletely) {
+  const SLauncherUiDocument document =
+      ReadOk(DocumentWithEvents(Event({{L"mode", L"\" personal \""}, {L"activationMinutes", L"1440"}})));
+  ASSERT_EQ(document.events.size(), 1u);
+  const text::SUiEvent& event = document.events[0];
+  EXPECT_EQ(event.title, L"Boss");
+  EXPECT_EQ(event.iconId, 7);
+  EXPECT_EQ(event.dayOfWeek, 3);
+  EXPECT_EQ(event.startMinutes, 20 * 60);
+  EXPECT_EQ(event.endMinutes, 21 * 60 + 30);
+  EXPECT_EQ(event.mode, EUiEventMode::Personal);
+  EXPECT_EQ(event.activationMinutes, 1440);
+}
+
+TEST(UiDocument, SkipsEventsThatBreakARule) {
+  const SEventChanges skipping[] = {
+      {{L"name", L""}},
+      {{L"name", L"\"  \""}},
+      {{L"name", L"5"}},
+      {{L"iconId", L""}},
+      {{L"iconId", L"1000"}},
+      {{L"iconId", L"-1"}},
+      {{L"iconId", L"3.5"}},
+      {{L"iconId", L"\"7\""}},
+      {{L"dayOfWeek", L"7"}},
+      {{L"dayOfWeek", L"null"}},
+      {{L"timeStart", L"\"9:00\""}},
+      {{L"timeStart", L"\"24:00\""}},
+      {{L"timeStart", L"\"12:60\""}},
+      {{L"timeStart", L"\"12.30\""}},
+      {{L"timeStart", L"1200"}},
+      {{L"timeEnd", L"\"21:30:00\""}},
+      {{L"timeEnd", L""}},
+      {{L"timeEnd", L"\"20:00\""}},
+      {{L"timeStart", L"\"22:00\""}, {L"timeEnd", L"\"02:00\""}},
+  };
+  for (const SEventChanges& changes : skipping) {
+    const std::wstring event = Event(changes);
+    EXPECT_TRUE(ReadOk(DocumentWithEvents(event)).events.empty()) << text::WideToUtf8(event);
+  }
+  EXPECT_TRUE(ReadOk(DocumentWithEvents(L"1,\"event\",[],null")).events.empty());
+}
+
+TEST(UiDocument, KeepsEventsAtTheEdgesOfTheRules) {
+  const std::wstring events = L"{\"name\":\"all day\",\"iconId\":0,\"dayOfWeek\":0,\"timeStart\":\"00:00\","
+                              L"\"timeEnd\":\"23:59\"},"
+                              L"{\"name\":\"x\",\"iconId\":999,\"dayOfWeek\":6,\"timeStart\":\" 09:05\","
+                              L"\"timeEnd\":\"09:06 \"}";
+  const SLauncherUiDocument document = ReadOk(DocumentWithEvents(events));
+  ASSERT_EQ(document.events.size(), 2u);
+  EXPECT_EQ(document.events[0].startMinutes, 0);
+  EXPECT_EQ(document.events[0].endMinutes, 1439);
+  EXPECT_EQ(document.events[1].iconId, 999);
+  EXPECT_EQ(document.events[1].startMinutes, 545);
+}
+
+TEST(UiDocument, ModeAndActivationFallBackToTheirDefaults) {
+  const std::pair<const wchar_t*, EUiEventMode> modes[] = {
+      {L"", EUiEventMode::Global},           {L"\"global\"", EUiEventMode::Global},
+      {L"\"both\"", EUiEventMode::Both},       {L"\"Personal\"", EUiEventMode::Global},
+      {L"\"persnal\"", EUiEventMode::Global}, {L"1", EUiEventMode::Global},
+  };
+  for (const auto& [value, mode] : modes) {
+    const SLauncherUiDocument document = ReadOk(DocumentWithEvents(Event({{L"mode", value}})));
+    ASSERT_EQ(document.events.size(), 1u);
+    EXPECT_EQ(document.events[0].mode, mode) << text::WideToUtf8(value);
+  }
+  const std::pair<const wchar_t*, std::int32_t> activations[] = {
+      {L"30", 30}, {L"0", 0}, {L"1441", 0}, {L"-5", 0}, {L"2.5", 0}, {L"\"30\"", 0},
+  };
+  for (const auto& [value, minutes] : activations) {
+    const SLauncherUiDocument document = ReadOk(DocumentWithEvents(Event({{L"activationMinutes", value}})));
+    ASSERT_EQ(document.events.size(), 1u);
+    EXPECT_EQ(document.events[0].activationMinutes, minutes) << text::WideToUtf8(value);
+  }
+}
+
+TEST(UiDocument, KeepsTheFirst32ValidEvents) {
+  std::wstring events = L"\"not an event\"";
+  for (int i = 0; i < 40; ++i) {
+    events += L",{\"name\":\"e" + std::to_wstring(i) +
+              L"\",\"iconId\":1,\"dayOfWeek\":1,\"timeStart\":\"10:00\",\"timeEnd\":\"11:00\"}";
+  }
+  const SLauncherUiDocument document = ReadOk(DocumentWithEvents(events));
+  ASSERT_EQ(document.events.size(), text::kMaxUiEvents);
+  EXPECT_EQ(document.events.front().title, L"e0");
+  EXPECT_EQ(document.events.back().title, L"e31");
+}
+
+TEST(UiDocument, MaintenanceCountsOnlyAJsonBoolean) {
+  const std::pair<const wchar_t*, bool> cases[] = {
+      {LR"({"maintenance":{"active":true,"text":" Back at 18:00 "}})", true},
+      {LR"({"maintenance":{"active":false}})", false},
+      {LR"({"maintenance":{"active":"true"}})", false},
+      {LR"({"maintenance":{"active":1}})", false},
+  };
+  for (const auto& [json, active] : cases) EXPECT_EQ(ReadOk(json).maintenanceActive, active) << text::WideToUtf8(json);
+  EXPECT_EQ(ReadOk(cases[0].first).maintenanceText, L"Back at 18:00");
+}
+
+TEST(UiDocument, NotesExplainEveryDropWithoutChangingTheResult) {
+  const std::wstring document =
+      LR"({"timezone":"utc","motd":"hi","patchNote":{"summary":"s"},"links":{"website":5},)"
+      LR"("maintenance":{"active":"yes"},"events":[3,)" +
+      Event({{L"iconId", L"1000"}}) + L"," + Event({{L"timeStart", L"\"22:00\""}, {L"timeEnd", L"\"02:00\""}}) +
+      L"," + Event({{L"mode", L"\"persnal\""}, {L"activationMinutes", L"-1"}}) + L"]}";
+  std::vector<SUiDocumentNote> notes;
+  SLauncherUiDocument withNotes;
+  std::wstring error;
+  ASSERT_TRUE(ReadLauncherUiDocument(document, withNotes, error, &notes));
+  EXPECT_EQ(withNotes, ReadOk(document));
+
+  const std::vector<SUiDocumentNote> expected = {
+      {L"motd", L"unknown member; ignored"},
+      {L"timezone", L"is \"utc\", not \"UTC\"; event times follow the player's local clock"},
+      {L"patchNote", L"not shown: its title is missing or empty"},
+      {L"events[0]", L"skipped: it is 3, not an object"},
+      {L"events[1]", L"skipped: iconId (1000) must be a whole number from 0 to 999"},
+      {L"events[2]", L"skipped: timeEnd (\"02:00\") must be later than timeStart (\"22:00\"); an event cannot run "
+                     L"across midnight, split it in two"},
+      {L"events[3].mode", L"is \"persnal\", not \"global\", \"personal\" or \"both\"; the event is global"},
+      {L"events[3].activationMinutes", L"is -1, not a whole number from 0 to 1440; 0 used"},
+      {L"links.website", L"is 5, not a text; left empty"},
+      {L"maintenance.active", L"is \"yes\", not a JSON boolean; maintenance stays off"},
+  };
+  EXPECT_EQ(notes, expected);
+}
+
+TEST(UiDocument, NotesReportCutTextsAndUnreadEvents) {
+  std::wstring events;
+  for (int i = 0; i < 34; ++i) events += (i ? L"," : L"") + Event();
+  const std::wstring json = L"{\"patchNote\":{\"title\":\"" + std::wstring(161, L't') + L"\"},\"events\":[" + events +
+                            L"]}";
+  std::vector<SUiDocumentNote> notes;
+  SLauncherUiDocument document;
+  std::wstring error;
+  ASSERT_TRUE(ReadLauncherUiDocument(json, document, error, &notes));
+  const std::vector<SUiDocumentNote> expected = {
+      {L"patchNote.title", L"longer than 160 characters; cut"},
+      {L"events", L"2 more element(s) not read; only the first 32 events are kept"},
+  };
+  EXPECT_EQ(notes, expected);
+}
+
+}  // namespace
