@@ -12,6 +12,7 @@
 #include "patch/blob_failures.h"
 #include "patch/integrity_cache.h"
 #include "patch/manifest.h"
+#include "patch/orphan_scan.h"
 #include "patch/patch_progress.h"
 #include "patch/patch_state.h"
 #include "patch/patch_view.h"
@@ -86,6 +87,16 @@ class CPatcherService {
   void RecordBlobSuccess(const std::wstring& key);
   // A run the user started is never blocked by earlier back-offs or mismatches.
   void ForgetBlobFailures();
+
+  // The game folder's orphan files against `manifest`, sparing protected names
+  // and the running launcher: kOrphanSampleLimit gives the page's counting
+  // form, kUnlimitedOrphanSample the full list that removal works from. Fails
+  // only with "The update list contains no usable files.".
+  bool ScanOrphans(const SManifest& manifest, std::size_t sampleLimit, SOrphanScan& scan,
+                   std::wstring& errorText) const;
+  // Deletes the listed files of a full scan from the game folder. Never fails
+  // as a whole: files left in place are counted as failed.
+  SOrphanRemoval RemoveOrphans(const std::vector<std::wstring>& orphans) const;
 
   // The absolute address of a file on the patch host; with `cacheBust` a
   // "?v=" (or "&v=") tick count defeats caches for the one mutable file.
