@@ -39,7 +39,10 @@ std::string ListText(const SRelease& release) {
             ",\"size\":" + std::to_string(release.launcherBytes.size()) + ",\"sha256\":" + Quoted(sha) + "}";
   }
   list += ",\"files\":[";
-  for (std::size_t i = 0; i < release.files.size(); ++i) list += (i ? "," : "") + FileRecord(release.files[i]);
+  for (std::size_t i = 0; i < release.files.size(); ++i) {
+    if (i > 0) list += ",";
+    list += FileRecord(release.files[i]);
+  }
   return list + "]}";
 }
 
@@ -79,11 +82,11 @@ std::string CSyncTest::PublishRelease(const SRelease& release, std::string_view 
   const std::string stem = "patchlist.v" + std::to_string(release.version);
   PublishFile(stem + ".json", list);
   PublishFile(stem + ".sig", signing_support::Base64Of(key_.Sign(list)) + "\n");
+  for (const SGameFile& file : release.files) PublishBlob(Sha256Hex(file.bytes), file.bytes);
   if (!release.launcherVersion.empty()) {
-    const std::string sha = Sha256Hex(release.launcherBytes);
-    const std::string listed = release.launcherSha256.empty() ? sha : release.launcherSha256;
-    // A blob published under the listed digest, whatever its bytes.
-    PublishFile("blobs/" + listed.substr(0, 2) + "/" + listed, release.launcherBytes);
+    // Published under the listed digest, whatever its bytes.
+    PublishBlob(release.launcherSha256.empty() ? Sha256Hex(release.launcherBytes) : release.launcherSha256,
+                release.launcherBytes);
   }
   PublishFile(pointerFile, std::to_string(release.version) + "\n");
   return list;
@@ -94,6 +97,16 @@ void CSyncTest::PublishFile(std::string_view relative, std::string_view bytes) c
   std::filesystem::create_directories(file.parent_path());
   std::ofstream out(file, std::ios::binary | std::ios::trunc);
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string CSyncTest::BlobPath(const std::string& sha256) {
+  std::string path = "blobs/";
+  path.append(sha256, 0, 2).append("/").append(sha256);
+  return path;
+}
+
+void CSyncTest::PublishBlob(const std::string& sha256, std::string_view bytes) const {
+  PublishFile(BlobPath(sha256), bytes);
 }
 
 void CSyncTest::RemovePublishedFile(std::string_view relative) const {

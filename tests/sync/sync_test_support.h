@@ -46,11 +46,14 @@ class CSyncTest : public ::testing::Test {
   CSyncTest();
   void SetUp() override;
 
-  // Publishes the list, its signature and the launcher blob, then the pointer
-  // naming the release. Returns the list's bytes.
+  // Publishes the list, its signature and the blobs of the files and the
+  // launcher, then the pointer naming the release. Returns the list's bytes.
   std::string PublishRelease(const SRelease& release, std::string_view pointerFile = "pointer.txt") const;
   void PublishFile(std::string_view relative, std::string_view bytes) const;
   void RemovePublishedFile(std::string_view relative) const;
+  // "blobs/" + the first two digits + "/" + the digest.
+  static std::string BlobPath(const std::string& sha256);
+  void PublishBlob(const std::string& sha256, std::string_view bytes) const;
   void WriteGameFiles(const std::vector<SGameFile>& files) const;
 
   // A started service over this test's folders, as a new launcher run would have it.
