@@ -38,22 +38,11 @@ TEST(ChannelPointer, ParsesOnlyATrimmedPositiveDecimalWithin64Bits) {
   }
 }
 
-TEST(ChannelPointer, RefusesANulAfterTheDigits) {
-  std::uint64_t release = 0;
-  EXPECT_FALSE(patch::ParseChannelPointer(std::string_view("17\0", 3), release));
-}
-
 TEST(ChannelPointer, OnlyExactlyBetaReadsTheBetaPointer) {
   EXPECT_EQ(patch::ChannelPointerFileName(L"beta"), L"pointer-beta.txt");
   for (const wchar_t* channel : {L"", L"stable", L"BETA", L"Beta", L"beta ", L"gamma"}) {
     EXPECT_EQ(patch::ChannelPointerFileName(channel), L"pointer.txt") << testing::PrintToString(channel);
   }
-}
-
-TEST(ChannelPointer, ReleaseFilesCarryTheNumberUnpadded) {
-  EXPECT_EQ(patch::ManifestFileName(42), L"patchlist.v42.json");
-  EXPECT_EQ(patch::SignatureFileName(42), L"patchlist.v42.sig");
-  EXPECT_EQ(patch::ManifestFileName(18446744073709551615ull), L"patchlist.v18446744073709551615.json");
 }
 
 }  // namespace

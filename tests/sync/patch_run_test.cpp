@@ -83,13 +83,6 @@ TEST_F(PatchRunTest, AListWithoutUsableFilesIsRefused) {
   EXPECT_EQ(service_->GetStateSnapshot().installedBuild, 0u);
 }
 
-TEST_F(PatchRunTest, AFetchFailureEndsTheRunWithItsReason) {
-  config_.patchHost = L"https://127.0.0.1:1/";
-  config_.httpAttempts = 1;
-  EXPECT_FALSE(Run(false, EPatchTrigger::User));
-  EXPECT_EQ(error_, L"Could not read the channel pointer.");
-}
-
 TEST_F(PatchRunTest, AFileLeftBehindKeepsTheReleaseUninstalled) {
   PublishRelease(release_);
   RemovePublishedFile(BlobPath(Sha256Hex(release_.files[1].bytes)));

@@ -143,14 +143,5 @@ TEST_F(SelfUpdateTest, OnlyANewerWellFormedLauncherIsStaged) {
   EXPECT_TRUE(service->GetStateSnapshot().attemptedLauncherVersion.empty());
 }
 
-TEST_F(SelfUpdateTest, AVersionTriedInAnEarlierRunIsNotTriedAgain) {
-  PublishRelease(release_);
-  auto service = NewService();
-  service->MutateState([](patch::SPatchState& state) { state.attemptedLauncherVersion = L"1.0.6"; });
-  const SPatchView status = Sync(*service);
-  EXPECT_FALSE(status.launcherUpdating);
-  EXPECT_TRUE(HostRequests(BlobName(), 0).empty());
-}
-
 }  // namespace
 }  // namespace sync_tests

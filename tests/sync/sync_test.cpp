@@ -132,17 +132,6 @@ TEST_F(SyncTest, AWrongFileNeedsAPatchAndNothingIsAdopted) {
   EXPECT_TRUE(service->GetStateSnapshot().manifestFingerprint.empty());
 }
 
-TEST_F(SyncTest, ARecordedReleaseWithoutTheGameExecutableIsCheckedFileByFile) {
-  WriteGameFiles(release_.files);
-  auto service = NewService();
-  SPatchView status;
-  ASSERT_TRUE(Sync(*service, status));  // adopts
-  // The executable is one of the listed files, so its absence means a patch.
-  std::filesystem::remove(game_.path() / "vardeni2.exe");
-  ASSERT_TRUE(Sync(*service, status));
-  ExpectPatchAvailable(status);
-}
-
 TEST_F(SyncTest, MaintenanceKeepsAnUpToDateGamePlayableAndOffersNoPatch) {
   struct SCase {
     bool folderCurrent;
