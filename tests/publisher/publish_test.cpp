@@ -1,0 +1,180 @@
+// publish, run as the built program on temporary folders.
+
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "crypto/sha256.h"
+#include "patch/blob_path.h"
+#include "patch/channel_pointer.h"
+#include "platform/path_text.h"
+#include "tests/publisher/publisher_test_support.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/test_servers.h"
+#include "text/utf.h"
+
+namespace publisher_testing {
+namespace {
+
+using testing_support::PatternBytes;
+using testing_support::ReadFileBytes;
+
+class Publish : public CPublisherTest {};
+
+patch::SManifestEntry EntryFor(const std::filesystem::path& file, std::wstring path) {
+  patch::SManifestEntry entry{std::move(path), std::filesystem::file_size(file), L""};
+  std::wstring error;
+  EXPECT_TRUE(crypto::HashFileSha256(file, entry.sha256, error)) << text::WideToUtf8(error);
+  return entry;
+}
+
+TEST_F(Publish, ReleaseIsAcceptedByTheLauncherAndMatchesTheFolder) {
+  const std::string pak = PatternBytes(5000, 2);
+  const auto exe = WriteGame("game.exe", PatternBytes(100000));
+  const auto a = WriteGame("data/a.pak", pak);
+  const auto copy = WriteGame("data/copy.pak", pak);
+  const auto named = WriteGame("donn\xC3\xA9" "es/\xC3\xA9\xF0\x9F\x98\x80.txt", "accents");
+  const auto empty = WriteGame("empty.dat", "");
+
+  const SToolRun run = PublishRelease(3);
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "blobs written: 4\n"));
+  EXPECT_TRUE(Contains(run.out, "blobs reused: 0\n"));
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 3u);
+
+  patch::SManifest list;
+  ASSERT_EQ(AcceptPublished(Host(), 3, L"stable", key_.publicKey, list), patch::EManifestVerdict::Valid);
+  EXPECT_EQ(list.channel, L"stable");
+  EXPECT_FALSE(list.hasLauncher);
+  EXPECT_TRUE(std::regex_match(text::WideToUtf8(list.generatedAt),
+                               std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ)")));
+  // Sorted by path; the same content listed twice, one blob.
+  const std::vector<patch::SManifestEntry> expected = {
+      EntryFor(a, L"data/a.pak"), EntryFor(copy, L"data/copy.pak"),
+      EntryFor(named, text::Utf8ToWide("donn\xC3\xA9" "es/\xC3\xA9\xF0\x9F\x98\x80.txt")),
+      EntryFor(empty, L"empty.dat"), EntryFor(exe, L"game.exe")};
+  EXPECT_EQ(list.files, expected);
+  for (const patch::SManifestEntry& entry : list.files) {
+    EXPECT_EQ(ReadFileBytes(HostFile(patch::BlobPathForHash(entry.sha256))),
+              ReadFileBytes(Game() / platform::ToPath(entry.path)));
+  }
+  EXPECT_EQ(CountBlobs(Host()), 4u);
+
+  // Pure ASCII, the name escaped with a surrogate pair for the emoji.
+  const std::string bytes = ReadFileBytes(HostFile(L"patchlist.v3.json"));
+  EXPECT_TRUE(std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<unsigned char>(c) < 128; }));
+  EXPECT_TRUE(Contains(bytes, R"("path":"donn\u00e9es/\u00e9\ud83d\ude00.txt")"));
+  EXPECT_TRUE(Contains(bytes, R"({"schema":1,"version":3,"channel":"stable","generatedAt":")"));
+  // Nothing half-written is left behind.
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(Host())) {
+    EXPECT_NE(entry.path().extension(), ".tmp") << entry.path();
+  }
+  const SToolRun verify = RunTool({L"verify", L"--host", Text(Host()), L"--key-hex", key_.hex});
+  EXPECT_EQ(verify.exitCode, 0) << verify.err;
+}
+
+TEST_F(Publish, RepublishWithOneChangedFileWritesOneBlob) {
+  for (int i = 0; i < 20; ++i) WriteGame("data/file" + std::to_string(i) + ".bin", PatternBytes(3000, i + 1));
+  ASSERT_EQ(PublishRelease(1).exitCode, 0);
+  WriteGame("data/file7.bin", PatternBytes(3000, 99));
+
+  const SToolRun run = PublishRelease(2);
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "blobs written: 1\n"));
+  EXPECT_TRUE(Contains(run.out, "blobs reused: 19\n"));
+  EXPECT_EQ(CountBlobs(Host()), 21u);  // release 1's blob of the old file stays for its launchers
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 2u);
+}
+
+TEST_F(Publish, RefusesAReleaseNotAboveTheChannelsCurrentOne) {
+  WriteGame("a.txt", "a");
+  ASSERT_EQ(PublishRelease(5).exitCode, 0);
+
+  for (std::uint64_t release : {5, 4}) {
+    const SToolRun run = PublishRelease(release);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(
+        Contains(run.err, "release " + std::to_string(release) + " is not above the current stable release 5"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(HostFile(L"patchlist.v4.json")));
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 5u);
+
+  // Channels count apart.
+  ASSERT_EQ(PublishRelease(1, {}, L"beta").exitCode, 0);
+  EXPECT_EQ(PointerRelease(Host(), L"beta"), 1u);
+  patch::SManifest beta;
+  EXPECT_EQ(AcceptPublished(Host(), 1, L"beta", key_.publicKey, beta), patch::EManifestVerdict::Valid);
+
+  const SToolRun forced = PublishRelease(4, {L"--force"});
+  EXPECT_EQ(forced.exitCode, 0) << forced.err;
+  EXPECT_TRUE(Contains(forced.err, "warning: release 4 is not above the current stable release 5"));
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 4u);
+}
+
+TEST_F(Publish, PointerMovesOnlyOnceTheListAndEveryBlobAreInPlace) {
+  WriteGame("a.txt", "first");
+  ASSERT_EQ(PublishRelease(1).exitCode, 0);
+  WriteGame("a.txt", "second");
+  std::wstring digest;
+  std::wstring error;
+  ASSERT_TRUE(crypto::HashMemorySha256(reinterpret_cast<const std::uint8_t*>("second"), 6, digest, error));
+
+  // A folder where the new blob belongs makes the blob step fail.
+  const std::filesystem::path blob = HostFile(patch::BlobPathForHash(digest));
+  std::filesystem::create_directories(blob / "obstacle");
+  EXPECT_EQ(PublishRelease(2).exitCode, 1);
+  EXPECT_FALSE(std::filesystem::exists(HostFile(L"patchlist.v2.json")));
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 1u);
+  std::filesystem::remove_all(blob);
+
+  // A folder where the signature file belongs makes the list step fail.
+  std::filesystem::create_directories(HostFile(L"patchlist.v2.sig") / "obstacle");
+  EXPECT_EQ(PublishRelease(2).exitCode, 1);
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 1u);
+  std::filesystem::remove_all(HostFile(L"patchlist.v2.sig"));
+
+  // The leftovers of the failed attempts never stop the next one.
+  const SToolRun retry = PublishRelease(2);
+  EXPECT_EQ(retry.exitCode, 0) << retry.err;
+  EXPECT_EQ(PointerRelease(Host(), L"stable"), 2u);
+}
+
+TEST_F(Publish, RefusesAListLargerThanALauncherAcceptsBeforeWritingAnything) {
+  for (int i = 0; i < 2800; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "f/%05d.dat", i);
+    WriteGame(name, "x");
+  }
+  const SToolRun run = PublishRelease(1);
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_TRUE(Contains(run.err, "more than the 262144 bytes a launcher accepts"));
+  EXPECT_EQ(CountBlobs(Host()), 0u);
+  EXPECT_FALSE(std::filesystem::exists(HostFile(L"patchlist.v1.json")));
+  EXPECT_FALSE(std::filesystem::exists(HostFile(L"pointer.txt")));
+}
+
+TEST_F(Publish, PublishesTheLauncherAsABlobWithItsRecord) {
+  WriteGame("a.txt", "a");
+  const auto launcher = dir_.Write("VardeniLauncher.exe", PatternBytes(7000, 5));
+  const SToolRun run = PublishRelease(1, {L"--launcher", Text(launcher), L"--launcher-version", L"1.0.6"});
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  patch::SManifest list;
+  ASSERT_EQ(AcceptPublished(Host(), 1, L"stable", key_.publicKey, list), patch::EManifestVerdict::Valid);
+  const patch::SManifestEntry expected = EntryFor(launcher, L"");
+  EXPECT_TRUE(list.hasLauncher);
+  EXPECT_EQ(list.launcherProductVersion, L"1.0.6");
+  EXPECT_EQ(list.launcherSize, expected.size);
+  EXPECT_EQ(list.launcherSha256, expected.sha256);
+  EXPECT_EQ(ReadFileBytes(HostFile(patch::BlobPathForHash(list.launcherSha256))), ReadFileBytes(launcher));
+}
+
+TEST_F(Publish, RefusesAGameFolderWithNothingToPublish) {
+  std::filesystem::create_directories(Game() / "empty");
+  const SToolRun run = PublishRelease(1);
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_TRUE(Contains(run.err, "holds no file that could be published"));
+}
+
+
+}  // namespace
+}  // namespace publisher_testing

@@ -1,0 +1,73 @@
+#pragma once
+// Shared steps of the publisher tests: keys made by the tool itself, a publish
+// call, and reading back what landed on the host folder the way a launcher
+// would accept it.
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/launcher_config.h"
+#include "patch/manifest.h"
+#include "tests/publisher/tool_runner.h"
+#include "tests/support/temp_dir.h"
+
+namespace publisher_testing {
+
+std::wstring Text(const std::filesystem::path& path);
+
+// Whether `text` holds `part`, with both shown on failure (gmock's HasSubstr
+// is not built for Windows).
+testing::AssertionResult Contains(const std::string& text, std::string_view part);
+
+struct SToolKey {
+  std::filesystem::path secretFile;
+  std::wstring hex;  // as keygen printed it
+  PublicKey publicKey{};
+};
+
+// Runs keygen for `folder`/`name` and reads the printed public key back.
+SToolKey MakeKey(const std::filesystem::path& folder, std::string_view name);
+
+// publish --host --game --channel --release and one --key per key, then `extra`.
+SToolRun Publish(const std::filesystem::path& host, const std::filesystem::path& game, std::wstring_view channel,
+                 std::uint64_t release, const std::vector<SToolKey>& keys,
+                 const std::vector<std::wstring>& extra = {});
+
+// The release the channel's pointer names, 0 when there is none.
+std::uint64_t PointerRelease(const std::filesystem::path& host, std::wstring_view channel);
+
+// The launcher's acceptance of the published list of `release` (floor 0).
+patch::EManifestVerdict AcceptPublished(const std::filesystem::path& host, std::uint64_t release,
+                                        std::wstring_view channel, const PublicKey& key, patch::SManifest& list);
+
+void OverwriteFile(const std::filesystem::path& file, std::string_view bytes);
+
+// Regular files below host/blobs.
+std::size_t CountBlobs(const std::filesystem::path& host);
+
+// A temporary folder with a game folder, a host folder and one operator key.
+class CPublisherTest : public testing::Test {
+ protected:
+  void SetUp() override { key_ = MakeKey(dir_.path(), "operator.key"); }
+
+  std::filesystem::path Game() const { return dir_.path() / "game"; }
+  std::filesystem::path Host() const { return dir_.path() / "host"; }
+  std::filesystem::path HostFile(const std::wstring& name) const;
+  std::filesystem::path WriteGame(std::string_view relative, std::string_view bytes) const {
+    return dir_.Write("game/" + std::string(relative), bytes);
+  }
+  SToolRun PublishRelease(std::uint64_t release, const std::vector<std::wstring>& extra = {},
+                          std::wstring_view channel = L"stable") const {
+    return Publish(Host(), Game(), channel, release, {key_}, extra);
+  }
+
+  testing_support::TempDir dir_;
+  SToolKey key_;
+};
+
+}  // namespace publisher_testing

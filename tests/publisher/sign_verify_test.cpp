@@ -1,0 +1,152 @@
+// keygen, sign and verify, run as the built program on temporary folders.
+
+#include <gtest/gtest.h>
+
+#include "patch/blob_path.h"
+#include "platform/path_text.h"
+#include "tests/publisher/publisher_test_support.h"
+#include "tests/support/temp_dir.h"
+#include "text/utf.h"
+
+namespace publisher_testing {
+namespace {
+
+using testing_support::ReadFileBytes;
+
+class SignAndVerify : public CPublisherTest {
+ protected:
+  void PublishSample() {
+    WriteGame("game.exe", "executable");
+    WriteGame("data/a.pak", "pack a");
+    WriteGame("data/b.pak", "pack b");
+    ASSERT_EQ(PublishRelease(1).exitCode, 0);
+  }
+  SToolRun Verify(std::vector<std::wstring> extra = {}) const {
+    std::vector<std::wstring> arguments = {L"verify", L"--host", Text(Host()), L"--key-hex", key_.hex};
+    arguments.insert(arguments.end(), extra.begin(), extra.end());
+    return RunTool(arguments);
+  }
+  std::filesystem::path BlobOf(const char* content) const {
+    patch::SManifest list;
+    EXPECT_EQ(AcceptPublished(Host(), 1, L"stable", key_.publicKey, list), patch::EManifestVerdict::Valid);
+    const std::string bytes(content);
+    for (const patch::SManifestEntry& entry : list.files) {
+      if (ReadFileBytes(Game() / platform::ToPath(entry.path)) == bytes) {
+        return HostFile(patch::BlobPathForHash(entry.sha256));
+      }
+    }
+    ADD_FAILURE() << "no file holds " << content;
+    return {};
+  }
+};
+
+TEST_F(SignAndVerify, KeygenKeepsTheSecretPrivateAndNeverOverwritesIt) {
+  const std::string secret = ReadFileBytes(key_.secretFile);
+  const SToolRun again = RunTool({L"keygen", L"--secret", Text(key_.secretFile)});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_TRUE(Contains(again.err, "already exists; use --force to replace it"));
+  EXPECT_EQ(ReadFileBytes(key_.secretFile), secret);
+
+  const SToolRun shown = RunTool({L"public-key", L"--key", Text(key_.secretFile)});
+  EXPECT_EQ(shown.exitCode, 0);
+  EXPECT_TRUE(Contains(shown.out, "public key (hex):    " + text::WideToUtf8(key_.hex)));
+  EXPECT_EQ(shown.out.find(secret.substr(0, 20)), std::string::npos);
+
+  const SToolRun forced = RunTool({L"keygen", L"--secret", Text(key_.secretFile), L"--force"});
+  EXPECT_EQ(forced.exitCode, 0);
+  EXPECT_NE(ReadFileBytes(key_.secretFile), secret);
+}
+
+TEST_F(SignAndVerify, DamagedKeyFilesAreRefused) {
+  WriteGame("a.txt", "a");
+  std::string secret = ReadFileBytes(key_.secretFile);
+  secret[70] = secret[70] == 'A' ? 'B' : 'A';  // inside the public half
+  const auto damaged = dir_.Write("damaged.key", secret);
+  const auto garbage = dir_.Write("garbage.key", "not a key\n");
+  for (const auto& file : {damaged, garbage}) {
+    SToolKey key;
+    key.secretFile = file;
+    const SToolRun run = Publish(Host(), Game(), L"stable", 1, {key});
+    EXPECT_EQ(run.exitCode, 1) << Text(file);
+    EXPECT_TRUE(Contains(run.err, text::WideToUtf8(Text(file))));
+  }
+  EXPECT_FALSE(std::filesystem::exists(Host() / "pointer.txt"));
+}
+
+TEST_F(SignAndVerify, SignAddsALineForAnotherKeyOnce) {
+  PublishSample();
+  const SToolKey second = MakeKey(dir_.path(), "second.key");
+  const std::vector<std::wstring> sign = {L"sign", L"--list", Text(HostFile(L"patchlist.v1.json")), L"--key",
+                                          Text(second.secretFile)};
+  const SToolRun run = RunTool(sign);
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  patch::SManifest list;
+  EXPECT_EQ(AcceptPublished(Host(), 1, L"stable", second.publicKey, list), patch::EManifestVerdict::Valid);
+
+  const std::string signatures = ReadFileBytes(HostFile(L"patchlist.v1.sig"));
+  const SToolRun twice = RunTool(sign);
+  EXPECT_EQ(twice.exitCode, 1);
+  EXPECT_TRUE(Contains(twice.err, "already holds a signature by this key"));
+  EXPECT_EQ(ReadFileBytes(HostFile(L"patchlist.v1.sig")), signatures);
+
+  const SToolRun verify = RunTool({L"verify", L"--host", Text(Host()), L"--key-hex", second.hex});
+  EXPECT_EQ(verify.exitCode, 0) << verify.err;
+  EXPECT_TRUE(Contains(verify.out, "signed by key 1\n"));
+}
+
+TEST_F(SignAndVerify, ANinthSignatureIsRefused) {
+  WriteGame("a.txt", "a");
+  std::vector<SToolKey> keys;
+  for (int i = 0; i < 9; ++i) keys.push_back(MakeKey(dir_.path(), "key" + std::to_string(i)));
+  const SToolRun tooMany = Publish(Host(), Game(), L"stable", 1, keys);
+  EXPECT_EQ(tooMany.exitCode, 2);
+  EXPECT_TRUE(Contains(tooMany.err, "at most 8 keys"));
+
+  const std::vector<SToolKey> eight(keys.begin(), keys.end() - 1);
+  ASSERT_EQ(Publish(Host(), Game(), L"stable", 1, eight).exitCode, 0);
+  const std::string signatures = ReadFileBytes(HostFile(L"patchlist.v1.sig"));
+  const SToolRun ninth = RunTool(
+      {L"sign", L"--list", Text(HostFile(L"patchlist.v1.json")), L"--key", Text(keys.back().secretFile)});
+  EXPECT_EQ(ninth.exitCode, 1);
+  EXPECT_TRUE(Contains(ninth.err, "already holds 8 signatures"));
+  EXPECT_EQ(ReadFileBytes(HostFile(L"patchlist.v1.sig")), signatures);
+  for (const SToolKey& key : eight) {
+    patch::SManifest list;
+    EXPECT_EQ(AcceptPublished(Host(), 1, L"stable", key.publicKey, list), patch::EManifestVerdict::Valid);
+  }
+}
+
+TEST_F(SignAndVerify, VerifyReportsEveryMissingOrDamagedBlob) {
+  PublishSample();
+  const std::filesystem::path missing = BlobOf("pack a");
+  const std::filesystem::path damaged = BlobOf("pack b");
+  std::filesystem::remove(missing);
+  OverwriteFile(damaged, "pack c");  // the same size as "pack b"
+
+  const SToolRun run = Verify();
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_TRUE(Contains(run.err, text::WideToUtf8(Text(missing)) + ": missing (needed by data/a.pak)"));
+  EXPECT_TRUE(Contains(run.err, text::WideToUtf8(Text(damaged)) + ": its content has SHA-256 "));
+  EXPECT_TRUE(Contains(run.out, "blobs: 3 needed, 1 intact\n"));
+  EXPECT_TRUE(Contains(run.out, "2 problem(s) found\n"));
+}
+
+TEST_F(SignAndVerify, VerifyRefusesWhatALauncherWouldRefuse) {
+  PublishSample();
+  const SToolKey stranger = MakeKey(dir_.path(), "stranger.key");
+  const SToolRun wrongKey = RunTool({L"verify", L"--host", Text(Host()), L"--key-hex", stranger.hex});
+  EXPECT_EQ(wrongKey.exitCode, 1);
+  EXPECT_TRUE(Contains(wrongKey.err, "The update list is not signed by this launcher's keys."));
+
+  const SToolRun beta = Verify({L"--channel", L"beta"});
+  EXPECT_EQ(beta.exitCode, 1);
+  EXPECT_TRUE(Contains(beta.err, "pointer-beta.txt"));
+
+  OverwriteFile(HostFile(L"pointer.txt"), "2\n");
+  const SToolRun ahead = Verify();
+  EXPECT_EQ(ahead.exitCode, 1);
+  EXPECT_TRUE(Contains(ahead.err, "patchlist.v2.json"));
+}
+
+}  // namespace
+}  // namespace publisher_testing

@@ -1,0 +1,191 @@
+// verify: walks a patch host the way a launcher does (pointer, update list,
+// signature) and then checks every blob the list needs, reporting each
+// problem rather than stopping at the first.
+
+#include <map>
+
+#include "crypto/sha256.h"
+#include "patch/blob_path.h"
+#include "patch/channel_pointer.h"
+#include "patch/manifest.h"
+#include "text/json.h"
+#include "tools/publisher/command_support.h"
+#include "tools/publisher/commands.h"
+#include "tools/publisher/console.h"
+#include "tools/publisher/patch_host.h"
+#include "tools/publisher/signature_file.h"
+
+namespace publisher {
+namespace {
+
+constexpr SOptionSpec kVerifyOptions[] = {{L"host"}, {L"key-hex", true, true}, {L"channel"}};
+constexpr std::wstring_view kVerifyHelp =
+    L"Usage: vardeni-publish verify --host <folder or https address> --key-hex <64 hex>\n"
+    L"         [--key-hex <64 hex>] [--channel <name>]\n"
+    L"\n"
+    L"Checks a patch host as a launcher built with these public keys would see it:\n"
+    L"the channel pointer (channel stable unless given), the update list it names and\n"
+    L"its signature, then that every blob the list needs is present with the right\n"
+    L"size and SHA-256. Every problem is reported; the exit status is 1 if any.";
+
+constexpr std::size_t kMaxKeys = 2;
+
+// What one blob must hold, and the first path that needs it.
+struct SBlobNeed {
+  std::uint64_t size = 0;
+  std::wstring neededBy;
+};
+
+class CHostVerification {
+ public:
+  CHostVerification(const CPatchHost& host, std::array<PublicKey, 2> keys, std::size_t keyCount, std::wstring channel)
+      : host_(host), keys_(keys), keyCount_(keyCount), channel_(std::move(channel)) {}
+
+  // The number of problems found.
+  std::size_t Run() {
+    patch::SManifest list;
+    if (ReadAcceptedList(list)) CheckBlobs(list);
+    PrintLine(problems_ == 0 ? std::wstring(L"host verified: no problems")
+                             : std::to_wstring(problems_) + L" problem(s) found");
+    return problems_;
+  }
+
+ private:
+  void Problem(const std::wstring& text) {
+    PrintError(L"problem: " + text);
+    ++problems_;
+  }
+
+  bool ReadAcceptedList(patch::SManifest& list) {
+    const std::wstring pointerName = patch::ChannelPointerFileName(channel_);
+    std::string bytes;
+    std::wstring error;
+    std::uint64_t release = 0;
+    if (!host_.Read(pointerName, bytes, error)) {
+      Problem(error);
+      return false;
+    }
+    if (!patch::ParseChannelPointer(bytes, release)) {
+      Problem(host_.Where(pointerName) + L": not a release number");
+      return false;
+    }
+    PrintLine(pointerName + L": release " + std::to_wstring(release));
+
+    const std::wstring listName = patch::ManifestFileName(release);
+    const std::wstring signatureName = patch::SignatureFileName(release);
+    std::string listBytes;
+    std::string signatures;
+    bool available = host_.Read(listName, listBytes, error);
+    if (!available) Problem(error);
+    if (!host_.Read(signatureName, signatures, error)) {
+      Problem(error);
+      available = false;
+    }
+    if (!available) return false;
+
+    const auto* message = reinterpret_cast<const std::uint8_t*>(listBytes.data());
+    const patch::EManifestVerdict verdict =
+        patch::AcceptManifest(message, listBytes.size(), signatures, release, channel_, 0, keys_, list);
+    if (verdict != patch::EManifestVerdict::Valid) {
+      Problem(host_.Where(listName) + L": " + patch::ManifestVerdictText(verdict));
+      return false;
+    }
+    std::wstring signers;
+    for (std::size_t k = 0; k < keyCount_; ++k) {
+      if (IsSignedBy(signatures, keys_[k], message, listBytes.size())) {
+        signers += (signers.empty() ? L"key " : L", key ") + std::to_wstring(k + 1);
+      }
+    }
+    PrintLine(listName + L": accepted for channel " + channel_ + L", " + std::to_wstring(list.files.size()) +
+              L" files" + (list.hasLauncher ? L", launcher " + list.launcherProductVersion : L"") +
+              L", signed by " + signers);
+    CheckDroppedEntries(listName, listBytes, list);
+    return true;
+  }
+
+  // The launcher drops malformed entries silently; an operator wants to know.
+  void CheckDroppedEntries(const std::wstring& listName, const std::string& listBytes, const patch::SManifest& list) {
+    text::CJsonValue root;
+    std::wstring wide(listBytes.begin(), listBytes.end());  // accepted, so pure ASCII
+    const text::CJsonValue* files = text::ParseJson(wide, root) ? root.Find(L"files") : nullptr;
+    const std::size_t written = files != nullptr && files->IsArray() ? files->AsArray().size() : 0;
+    if (written > list.files.size()) {
+      Problem(host_.Where(listName) + L": " + std::to_wstring(written - list.files.size()) +
+              L" file entries are malformed and a launcher ignores them");
+    }
+    if (list.files.empty()) Problem(host_.Where(listName) + L": The update list contains no usable files.");
+  }
+
+  void CheckBlobs(const patch::SManifest& list) {
+    std::map<std::wstring, SBlobNeed> needs;  // ordered, so reports come in digest order
+    for (const patch::SManifestEntry& entry : list.files) Need(entry.sha256, entry.size, entry.path, needs);
+    if (list.hasLauncher) Need(list.launcherSha256, list.launcherSize, L"the launcher", needs);
+    std::size_t intact = 0;
+    for (const auto& [sha256, need] : needs) intact += CheckBlob(sha256, need) ? 1 : 0;
+    PrintLine(L"blobs: " + std::to_wstring(needs.size()) + L" needed, " + std::to_wstring(intact) + L" intact");
+  }
+
+  void Need(const std::wstring& sha256, std::uint64_t size, const std::wstring& path,
+            std::map<std::wstring, SBlobNeed>& needs) {
+    const auto [need, inserted] = needs.try_emplace(sha256, SBlobNeed{size, path});
+    if (!inserted && need->second.size != size) {
+      Problem(path + L" and " + need->second.neededBy + L" have the same SHA-256 but different sizes");
+    }
+  }
+
+  bool CheckBlob(const std::wstring& sha256, const SBlobNeed& need) {
+    const std::wstring name = patch::BlobPathForHash(sha256);
+    const std::wstring forWhom = L" (needed by " + need.neededBy + L")";
+    std::filesystem::path local;
+    bool missing = false;
+    std::wstring error;
+    if (!host_.Fetch(name, local, missing, error)) {
+      Problem(error + forWhom);
+      return false;
+    }
+    std::error_code ec;
+    const std::uintmax_t size = std::filesystem::file_size(local, ec);
+    std::wstring digest;
+    bool intact = false;
+    if (ec || size != need.size) {
+      Problem(host_.Where(name) + L": " + (ec ? std::wstring(L"size unreadable") : std::to_wstring(size)) +
+              L" bytes, the list says " + std::to_wstring(need.size) + forWhom);
+    } else if (!crypto::HashFileSha256(local, digest, error)) {
+      Problem(host_.Where(name) + L": " + error + forWhom);
+    } else if (digest != sha256) {
+      Problem(host_.Where(name) + L": its content has SHA-256 " + digest + forWhom);
+    } else {
+      intact = true;
+    }
+    host_.Release(local);
+    return intact;
+  }
+
+  const CPatchHost& host_;
+  std::array<PublicKey, 2> keys_;
+  std::size_t keyCount_;
+  std::wstring channel_;
+  std::size_t problems_ = 0;
+};
+
+}  // namespace
+
+int RunVerify(const Arguments& arguments) {
+  CParsedOptions options;
+  if (auto stop = ParseCommandOptions(L"verify", arguments, kVerifyOptions, kVerifyHelp, options)) return *stop;
+  std::wstring error;
+  if (!RequireOptions(options, {L"host", L"key-hex"}, error)) return UsageError(L"verify", error);
+  const std::vector<std::wstring>& hexKeys = options.Values(L"key-hex");
+  if (hexKeys.size() > kMaxKeys) return UsageError(L"verify", L"a launcher is built with at most 2 public keys");
+  std::array<PublicKey, 2> keys{};
+  for (std::size_t k = 0; k < hexKeys.size(); ++k) {
+    if (!ParsePublicKeyHex(hexKeys[k], keys[k], error)) return UsageError(L"verify", error);
+  }
+  const std::wstring channel = options.Has(L"channel") ? options.Value(L"channel") : L"stable";
+  std::unique_ptr<CPatchHost> host;
+  if (!OpenPatchHost(options.Value(L"host"), host, error)) return Failure(error);
+  CHostVerification verification(*host, keys, hexKeys.size(), channel);
+  return verification.Run() == 0 ? kExitSuccess : kExitFailure;
+}
+
+}  // namespace publisher
