@@ -74,15 +74,9 @@ TEST(ProtectedPaths, OrdinaryGamePaths) {
       {L"logs/chatlog1.txt", true},
       {L"bin/readme.txt.part", true},
       {L"data/anything", true},
-      {L"ui", false},
       {L"vardeni2.exe", false},
-      {L"pack/Textures.PAK", false},
   };
   for (const SCase& c : cases) ExpectProtection(c.path, c.isProtected);
-}
-
-TEST(ProtectedPaths, ComparableFormLowerCasesAndUsesSlashes) {
-  EXPECT_EQ(patch::ComparablePath(L"Pack\\Maps/Town.MAP"), L"pack/maps/town.map");
 }
 
 }  // namespace
