@@ -10,8 +10,18 @@
 set -euo pipefail
 
 [ $# -eq 5 ] || { echo "usage: $0 <case> <client> <publisher> <servers-dir> <work-dir>" >&2; exit 2; }
-case_name=$1 client=$2 publisher=$3 servers=$4
+case_name=$1 servers=$4
 work=$5/$case_name
+here=$(cd "$(dirname "$0")" && pwd)
+
+# A Windows build's tools run under Wine; the Unix paths they are given reach the same
+# files through Wine's Z: drive.
+as_command() {  # <array name> <executable>
+  local -n command=$1
+  if [[ $2 == *.exe ]]; then command=("$here/../../scripts/wine-run" "$2"); else command=("$2"); fi
+}
+as_command client_tool "$2"
+as_command publisher_tool "$3"
 
 port=$(sed -n 's/^https_port=//p' "$servers/servers.txt")
 [ -n "$port" ] || { echo "no https_port in $servers/servers.txt" >&2; exit 1; }
@@ -36,8 +46,8 @@ fail() {
 # ---- operator side -------------------------------------------------------------------------
 
 make_key() {
-  "$publisher" keygen --secret "$work/${1:-release}.key" >"$work/keygen.out"
-  sed -n 's/^public key (hex): *//p' "$work/keygen.out"
+  "${publisher_tool[@]}" keygen --secret "$work/${1:-release}.key" >"$work/keygen.out"
+  tr -d '\r' <"$work/keygen.out" | sed -n 's/^public key (hex): *//p'
 }
 
 # A small game with what real ones have: nested folders, two files sharing their bytes,
@@ -65,7 +75,7 @@ make_release_2() {
 publish_release() {  # <number> [publisher options]
   local number=$1
   shift
-  "$publisher" publish --host "$www" --game "$game" --channel stable --release "$number" \
+  "${publisher_tool[@]}" publish --host "$www" --game "$game" --channel stable --release "$number" \
     --key "$work/release.key" "$@" >"$work/publish-$number.out" 2>&1 ||
     { cat "$work/publish-$number.out" >&2; fail "publishing release $number failed"; }
 }
@@ -77,7 +87,7 @@ client() {  # <command> [client options]
   local command=$1
   shift
   set +e
-  "$client" "$command" --host "$host_url" --key-hex "$key_hex" --game "$install" "$@" \
+  "${client_tool[@]}" "$command" --host "$host_url" --key-hex "$key_hex" --game "$install" "$@" \
     >"$work/out" 2>"$work/err"
   rc=$?
   set -e
