@@ -34,4 +34,25 @@ bool VerifyEd25519Signature(const Ed25519Signature& signature, const PublicKey& 
   return crypto_sign_ed25519_verify_detached(signature.data(), message, length, key.data()) == 0;
 }
 
+bool ParsePublicKeyHex(std::wstring_view hex, PublicKey& key) {
+  if (hex.size() != 2 * key.size()) return false;
+  const auto digit = [](wchar_t c) {
+    if (c >= L'0' && c <= L'9') return c - L'0';
+    if (c >= L'a' && c <= L'f') return c - L'a' + 10;
+    if (c >= L'A' && c <= L'F') return c - L'A' + 10;
+    return -1;
+  };
+  for (std::size_t i = 0; i < key.size(); ++i) {
+    const int high = digit(hex[2 * i]);
+    const int low = digit(hex[2 * i + 1]);
+    if (high < 0 || low < 0) return false;
+    key[i] = static_cast<std::uint8_t>(high * 16 + low);
+  }
+  return true;
+}
+
+bool IsUsablePublicKey(const PublicKey& key) {
+  return SodiumReady() && crypto_core_ed25519_is_valid_point(key.data()) == 1;
+}
+
 }  // namespace crypto

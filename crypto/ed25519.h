@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "app/launcher_config.h"
 
@@ -20,5 +21,13 @@ bool IsCanonicalEd25519Scalar(std::span<const std::uint8_t, 32> scalar);
 // Pure Ed25519 (no context, no pre-hash) over exactly message[0..length).
 bool VerifyEd25519Signature(const Ed25519Signature& signature, const PublicKey& key, const std::uint8_t* message,
                             std::size_t length);
+
+// A public key written as 64 hexadecimal digits (either case), as branded
+// builds and the operator tools take it.
+bool ParsePublicKeyHex(std::wstring_view hex, PublicKey& key);
+
+// True for a valid curve point of large order. An all-zero or small-order key
+// would verify nothing genuine, or worse, forgeries.
+bool IsUsablePublicKey(const PublicKey& key);
 
 }  // namespace crypto

@@ -1,7 +1,7 @@
 #include "crypto/sha256.h"
 
 #include <fstream>
-#include <vector>
+#include <memory>
 
 #include "crypto/sha256_hasher.h"
 
@@ -40,13 +40,14 @@ bool HashFileSha256(const std::filesystem::path& path, std::wstring& digest, std
   if (!hasher.Start(errorText)) return false;
 
   // Reads larger than the stream's own buffer go straight from the OS into
-  // this block, so each byte is copied once before it is hashed.
-  std::vector<char> block(kFileBlockSize);
+  // this block, so each byte is copied once before it is hashed. Left
+  // uninitialised: zeroing 4 MiB would cost more than hashing a small file.
+  const auto block = std::make_unique_for_overwrite<char[]>(kFileBlockSize);
   while (file) {
-    file.read(block.data(), static_cast<std::streamsize>(block.size()));
+    file.read(block.get(), static_cast<std::streamsize>(kFileBlockSize));
     const std::streamsize got = file.gcount();
     if (got < 1) break;
-    if (!hasher.Feed(reinterpret_cast<const std::uint8_t*>(block.data()), static_cast<std::size_t>(got))) {
+    if (!hasher.Feed(reinterpret_cast<const std::uint8_t*>(block.get()), static_cast<std::size_t>(got))) {
       errorText = kHashFileFailed;
       return false;
     }

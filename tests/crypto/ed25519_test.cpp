@@ -74,4 +74,25 @@ TEST(Ed25519, RefusesSPlusGroupOrder) {
   EXPECT_FALSE(VerifyEd25519Signature(malleated, signer.publicKey, bytes, message.size()));
 }
 
+TEST(Ed25519, ConfiguredPublicKeysMustBeHexPointsOfLargeOrder) {
+  PublicKey key{};
+  // RFC 8032 section 7.1, TEST 1.
+  ASSERT_TRUE(crypto::ParsePublicKeyHex(L"D75A980182B10AB7D54BFED3C964073A0EE172F3DAA62325AF021A68F707511A", key));
+  EXPECT_EQ(key[0], 0xd7);
+  EXPECT_EQ(key[31], 0x1a);
+  EXPECT_TRUE(crypto::IsUsablePublicKey(key));
+
+  for (const wchar_t* bad : {L"d75a980182b10ab7d54bfed3c964073a0ee172f3daa62325af021a68f707511",
+                             L"d75a980182b10ab7d54bfed3c964073a0ee172f3daa62325af021a68f707511a0",
+                             L"g75a980182b10ab7d54bfed3c964073a0ee172f3daa62325af021a68f707511a"}) {
+    EXPECT_FALSE(crypto::ParsePublicKeyHex(bad, key)) << bad;
+  }
+
+  PublicKey zero{};
+  PublicKey identity{};
+  identity[0] = 1;  // the neutral point: small order, signs anything under a cofactored check
+  EXPECT_FALSE(crypto::IsUsablePublicKey(zero));
+  EXPECT_FALSE(crypto::IsUsablePublicKey(identity));
+}
+
 }  // namespace

@@ -1,7 +1,5 @@
 #include "tools/client/client_options.h"
 
-#include <sodium.h>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -9,6 +7,7 @@
 #include <string_view>
 
 #include "app/paths.h"
+#include "crypto/ed25519.h"
 #include "platform/path_text.h"
 
 namespace client {
@@ -29,31 +28,6 @@ constexpr std::array<SCommandName, 5> kCommands{{
     {L"orphans", EClientCommand::Orphans},
     {L"remove-orphans", EClientCommand::RemoveOrphans},
 }};
-
-int HexDigitValue(wchar_t c) {
-  if (c >= L'0' && c <= L'9') return c - L'0';
-  if (c >= L'a' && c <= L'f') return c - L'a' + 10;
-  if (c >= L'A' && c <= L'F') return c - L'A' + 10;
-  return -1;
-}
-
-bool DecodeKeyHex(std::wstring_view hex, PublicKey& key) {
-  if (hex.size() != 2 * key.size()) return false;
-  for (std::size_t i = 0; i < key.size(); ++i) {
-    const int high = HexDigitValue(hex[2 * i]);
-    const int low = HexDigitValue(hex[2 * i + 1]);
-    if (high < 0 || low < 0) return false;
-    key[i] = static_cast<std::uint8_t>(high * 16 + low);
-  }
-  return true;
-}
-
-// An all-zero or small-order key verifies nothing genuine (or, worse, forgeries),
-// so it is refused here rather than surfacing later as an unsigned list.
-bool IsUsableKey(const PublicKey& key) {
-  if (std::all_of(key.begin(), key.end(), [](std::uint8_t b) { return b == 0; })) return false;
-  return sodium_init() >= 0 && crypto_core_ed25519_is_valid_point(key.data()) == 1;
-}
 
 std::optional<EClientCommand> CommandNamed(std::wstring_view name) {
   for (const SCommandName& entry : kCommands) {
@@ -92,11 +66,11 @@ bool TakeOption(std::wstring_view option, const std::wstring& value, SClientOpti
       return false;
     }
     PublicKey key{};
-    if (!DecodeKeyHex(value, key)) {
+    if (!crypto::ParsePublicKeyHex(value, key)) {
       error = L"--key-hex must be 64 hexadecimal digits.";
       return false;
     }
-    if (!IsUsableKey(key)) {
+    if (!crypto::IsUsablePublicKey(key)) {
       error = L"--key-hex is not a usable Ed25519 public key.";
       return false;
     }

@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <unordered_map>
 
+#include "patch/protected_paths.h"
 #include "patch/relative_path.h"
 #include "platform/path_text.h"
 #include "text/utf.h"

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "crypto/base64.h"
+#include "crypto/ed25519.h"
 #include "crypto/hex.h"
 #include "platform/file_replace.h"
 #include "platform/move_no_replace.h"
@@ -98,15 +99,11 @@ std::string EncodeBase64(const std::uint8_t* bytes, std::size_t count) {
 std::wstring PublicKeyHex(const PublicKey& key) { return crypto::ToLowerHex(key.data(), key.size()); }
 
 bool ParsePublicKeyHex(std::wstring_view hex, PublicKey& key, std::wstring& error) {
-  const std::string narrow = text::WideToUtf8(hex);
-  std::size_t written = 0;
-  if (narrow.size() != 2 * key.size() ||
-      sodium_hex2bin(key.data(), key.size(), narrow.data(), narrow.size(), nullptr, &written, nullptr) != 0 ||
-      written != key.size()) {
+  if (!crypto::ParsePublicKeyHex(hex, key)) {
     error = L"a public key must be 64 hexadecimal digits, got \"" + std::wstring(hex) + L"\"";
     return false;
   }
-  if (crypto_core_ed25519_is_valid_point(key.data()) != 1) {
+  if (!crypto::IsUsablePublicKey(key)) {
     error = L"public key " + std::wstring(hex) + L" is not a usable Ed25519 key";
     return false;
   }
