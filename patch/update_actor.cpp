@@ -1,5 +1,6 @@
 #include "patch/update_actor.h"
 
+#include <chrono>
 #include <system_error>
 #include <utility>
 
@@ -7,24 +8,62 @@ namespace patch {
 
 namespace {
 
-// Lives on the waiting caller's stack for one PostAndWait call.
-struct SCompletion {
-  std::mutex mutex;
-  std::condition_variable finished;
-  bool done = false;
+// Most tasks are a map lookup that takes a microsecond or two, while putting
+// a thread to sleep and waking it costs several: both sides first watch for
+// the other briefly before they block. Watching yields the processor rather
+// than spinning, so when the two threads share a core (a busy machine) the
+// one being waited for runs at once; the bound keeps an idle actor from
+// holding a core for longer than a blink.
+constexpr auto kWatchLimit = std::chrono::microseconds(50);
+constexpr int kYieldsPerClockRead = 8;
 
+// True once `ready` holds; false when the watch limit ran out first.
+template <typename Predicate>
+bool WatchBriefly(Predicate ready) {
+  const auto deadline = std::chrono::steady_clock::now() + kWatchLimit;
+  for (;;) {
+    for (int i = 0; i < kYieldsPerClockRead; ++i) {
+      if (ready()) return true;
+      std::this_thread::yield();
+    }
+    if (std::chrono::steady_clock::now() >= deadline) return ready();
+  }
+}
+
+// Lives on the waiting caller's stack for one PostAndWait call.
+class CCompletion {
+ public:
   void Signal() {
-    std::lock_guard lock(mutex);
-    done = true;
-    // Woken while still locked: once the waiter can see `done` it may return
-    // and destroy this record, so nothing here may be touched after unlocking.
-    finished.notify_one();
+    EState expected = EState::Pending;
+    // A waiter still watching sees the flag and may return (destroying this
+    // record) at once, so nothing here may be touched after the exchange.
+    if (state_.compare_exchange_strong(expected, EState::Done, std::memory_order_release,
+                                       std::memory_order_relaxed)) {
+      return;
+    }
+    // The waiter sleeps: it can only leave its wait holding the mutex, and
+    // it is woken while the mutex is still held here.
+    std::lock_guard lock(mutex_);
+    state_.store(EState::Done, std::memory_order_release);
+    finished_.notify_one();
   }
 
   void Wait() {
-    std::unique_lock lock(mutex);
-    finished.wait(lock, [this] { return done; });
+    if (WatchBriefly([this] { return IsDone(); })) return;
+    std::unique_lock lock(mutex_);
+    EState expected = EState::Pending;
+    if (!state_.compare_exchange_strong(expected, EState::Sleeping, std::memory_order_acquire)) return;
+    finished_.wait(lock, [this] { return IsDone(); });
   }
+
+ private:
+  enum class EState { Pending, Sleeping, Done };
+
+  bool IsDone() const { return state_.load(std::memory_order_acquire) == EState::Done; }
+
+  std::mutex mutex_;
+  std::condition_variable finished_;
+  std::atomic<EState> state_{EState::Pending};
 };
 
 }  // namespace
@@ -47,7 +86,7 @@ void CUpdateActor::PostAndWait(Task task) {
     return;
   }
 
-  SCompletion completion;
+  CCompletion completion;
   {
     std::unique_lock lock(mutex_);
     if (!running_ || stopping_) {
@@ -58,6 +97,7 @@ void CUpdateActor::PostAndWait(Task task) {
       (*task)();
       completion->Signal();
     });
+    queued_.store(queue_.size(), std::memory_order_release);
   }
   wake_.notify_one();
   completion.Wait();
@@ -69,6 +109,7 @@ void CUpdateActor::Post(Task task) {
     std::lock_guard lock(mutex_);
     if (!running_ || stopping_) return;
     queue_.push_back(std::move(task));
+    queued_.store(queue_.size(), std::memory_order_release);
   }
   wake_.notify_one();
 }
@@ -96,12 +137,18 @@ void CUpdateActor::RunLoop() {
   workerId_ = std::this_thread::get_id();
   std::unique_lock lock(mutex_);
   for (;;) {
+    if (queue_.empty() && !stopping_) {
+      lock.unlock();
+      WatchBriefly([this] { return queued_.load(std::memory_order_acquire) != 0; });
+      lock.lock();
+    }
     wake_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
     // Queued tasks run even after a stop request: the worker only ends empty.
     if (queue_.empty()) break;
     {
       Task task = std::move(queue_.front());
       queue_.pop_front();
+      queued_.store(queue_.size(), std::memory_order_relaxed);
       lock.unlock();
       task();
     }  // destroyed before relocking, so a task's captures never die under the lock

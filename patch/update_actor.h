@@ -53,6 +53,9 @@ class CUpdateActor {
   std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<Task> queue_;
+  // The queue's length, also readable without the lock: the idle worker
+  // watches it for a moment before it sleeps on `wake_`.
+  std::atomic<std::size_t> queued_{0};
   std::thread worker_;
   // Written by the worker itself; read without the lock to recognise calls
   // made from inside a task. A default id (no thread) while no loop runs.
