@@ -35,10 +35,37 @@ bool ParseRecordLine(std::wstring_view line, std::wstring& key, std::uint64_t& s
   return true;
 }
 
+bool IsSeparator(wchar_t c) { return c == L'/' || c == L'\\'; }
+
+// True when lexical normalisation and the trip through a path object would
+// return `path` unchanged (up to the separator rewrite that follows anyway):
+// no "." or ".." segment, no doubled separator, no drive-relative form and
+// no surrogate or out-of-range unit, which the UTF-8 round trip rewrites.
+// Anything unusual takes the full route; this only spares the common case,
+// one lookup per game file on every check.
+bool IsAlreadyNormal(std::wstring_view path) {
+  std::size_t segmentStart = 0;
+  for (std::size_t i = 0; i <= path.size(); ++i) {
+    if (i < path.size()) {
+      const auto unit = static_cast<std::uint32_t>(path[i]);
+      if ((unit >= 0xD800 && unit <= 0xDFFF) || unit > 0x10FFFF) return false;
+      if (path[i] == L':' && (i != 1 || (i + 1 < path.size() && !IsSeparator(path[i + 1])))) return false;
+      if (!IsSeparator(path[i])) continue;
+    }
+    const std::wstring_view segment = path.substr(segmentStart, i - segmentStart);
+    if (segment == L"." || segment == L"..") return false;
+    if (segment.empty() && i != 0 && i != path.size()) return false;
+    segmentStart = i + 1;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::wstring IntegrityCacheKey(const std::wstring& fullPath) {
-  std::wstring key = platform::FromPath(platform::ToPath(fullPath).lexically_normal());
+  std::wstring key = IsAlreadyNormal(fullPath)
+                         ? fullPath
+                         : platform::FromPath(platform::ToPath(fullPath).lexically_normal());
   std::replace(key.begin(), key.end(), L'\\', L'/');
   for (wchar_t& c : key) c = static_cast<wchar_t>(std::towlower(c));
   return key;

@@ -11,16 +11,18 @@ namespace patch {
 
 bool CPatcherService::VerifyEntryIntegrity(const std::wstring& fullPath, const SManifestEntry& entry,
                                            std::wstring& error) {
-  const auto path = platform::ToPath(fullPath);
-  std::error_code ec;
-  // An unreadable folder counts as a missing file rather than an exception:
-  // either way the file is fetched again.
-  if (!std::filesystem::exists(path, ec)) {
-    error = L"Target file is missing.";
+  // One metadata query on the common path; only a file that cannot be
+  // queried pays for telling "missing" from "not a readable file".
+  platform::SFileStamp stamp;
+  if (!platform::ReadFileStamp(fullPath, stamp)) {
+    std::error_code ec;
+    // An unreadable folder counts as a missing file rather than an
+    // exception: either way the file is fetched again.
+    error = std::filesystem::exists(platform::ToPath(fullPath), ec) ? L"File size verification failed."
+                                                                    : L"Target file is missing.";
     return false;
   }
-  platform::SFileStamp stamp;
-  if (!platform::ReadFileStamp(fullPath, stamp) || stamp.size != entry.size) {
+  if (stamp.size != entry.size) {
     error = L"File size verification failed.";
     return false;
   }
@@ -36,7 +38,7 @@ bool CPatcherService::VerifyEntryIntegrity(const std::wstring& fullPath, const S
     return false;
   }
 
-  if (!crypto::HashFileSha256(path, digest, error)) return false;
+  if (!crypto::HashFileSha256(platform::ToPath(fullPath), digest, error)) return false;
   StoreCachedHashOnActor(fullPath, entry.size, digest);
   if (digest != entry.sha256) {
     error = L"SHA-256 verification failed.";

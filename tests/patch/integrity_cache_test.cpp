@@ -38,6 +38,9 @@ TEST(IntegrityCacheKey, NormalisesSeparatorsDotsAndCase) {
       {L"c:/games/app/data.pak", L"c:/games/app/data.pak"},
       {L"/Games/App/./sub/../Data.pak", L"/games/app/data.pak"},
       {L"/games//app/data.pak", L"/games/app/data.pak"},
+      {L"/Games/.App/..Data.pak", L"/games/.app/..data.pak"},
+      {L"/Games/App/", L"/games/app/"},
+      {L"/games/app/..", L"/games/"},
   };
   for (const SCase& c : cases) EXPECT_EQ(IntegrityCacheKey(c.path), c.key) << testing::PrintToString(c.path);
 }
