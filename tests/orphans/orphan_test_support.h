@@ -29,7 +29,6 @@ inline std::wstring Upper(std::wstring_view text) {
   return upper;
 }
 
-// "Ab/Cd.txt": first letter of each name upper-cased.
 inline std::wstring Capitalised(std::wstring_view text) {
   std::wstring mixed(text);
   for (std::size_t i = 0; i < mixed.size(); ++i) {
@@ -46,7 +45,7 @@ inline std::wstring Backslashed(std::wstring_view text) {
   return path;
 }
 
-// An update list naming `paths`; sizes and hashes play no part in the scan.
+// Sizes and hashes play no part in the scan.
 inline patch::SManifest ManifestOf(std::initializer_list<std::wstring_view> paths) {
   patch::SManifest manifest;
   for (std::wstring_view path : paths) manifest.files.push_back({std::wstring(path), 1, std::wstring(64, L'0')});

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
 #include <vector>
 
 #include "tests/orphans/orphan_test_support.h"
@@ -11,72 +12,48 @@ namespace {
 using namespace orphan_tests;
 
 // Case and separator change the spelling of a path, never its meaning.
-std::vector<std::wstring> Spellings(std::wstring_view path) {
-  return {std::wstring(path), Upper(path), Capitalised(path), Backslashed(path), Backslashed(Upper(path))};
-}
-
 void ExpectProtection(std::wstring_view path, bool expected) {
-  for (const std::wstring& spelling : Spellings(path)) {
+  for (const std::wstring& spelling :
+       {std::wstring(path), Upper(path), Capitalised(path), Backslashed(path), Backslashed(Upper(path))}) {
     EXPECT_EQ(patch::IsProtectedPath(spelling), expected) << std::string(spelling.begin(), spelling.end());
   }
 }
 
-TEST(ProtectedPaths, FoldersProtectTheirWholeTreeOnlyAtTheTop) {
-  for (std::wstring_view folder : kFolders) {
-    const std::wstring name(folder);
-    ExpectProtection(name + L"readme.txt", true);
-    ExpectProtection(name + L"deep/er/shot.jpg", true);
-    ExpectProtection(L"pack/" + name + L"readme.txt", false);
-    ExpectProtection(name.substr(0, name.size() - 1) + L"x/readme.txt", false);
+// "%" stands for the listed name, "#" for the name without its last character.
+std::wstring Fill(std::wstring_view pattern, std::wstring_view name) {
+  std::wstring path;
+  for (wchar_t unit : pattern) {
+    if (unit == L'%') path += name;
+    else if (unit == L'#') path += name.substr(0, name.size() - 1);
+    else path += unit;
   }
+  return path;
 }
 
-TEST(ProtectedPaths, FileNamesMatchWholeNamesAnywhere) {
-  for (std::wstring_view fileName : kFileNames) {
-    const std::wstring name(fileName);
-    ExpectProtection(name, true);
-    ExpectProtection(L"sub/dir/" + name, true);
-    ExpectProtection(L"sub/" + name + L"~", false);
-    ExpectProtection(L"sub/" + name + L"/readme.txt", false);
-  }
-}
-
-TEST(ProtectedPaths, NamePrefixesApplyToTheFileNameOnly) {
-  for (std::wstring_view prefix : kNamePrefixes) {
-    const std::wstring name(prefix);
-    ExpectProtection(name + L"_2024.txt", true);
-    ExpectProtection(L"logs/" + name + L"1.txt", true);
-    ExpectProtection(L"logs/x" + name + L".txt", false);
-    ExpectProtection(L"old" + name + L"/readme.txt", false);
-  }
-}
-
-TEST(ProtectedPaths, SuffixesEndTheWholePath) {
-  for (std::wstring_view suffix : kSuffixes) {
-    const std::wstring name(suffix);
-    ExpectProtection(L"bin/readme.txt" + name, true);
-    ExpectProtection(L"a" + name, true);
-    ExpectProtection(L"a" + name + L"x", false);
-    ExpectProtection(L"a" + name + L"/readme.txt", false);
-  }
-}
-
-TEST(ProtectedPaths, OrdinaryGamePaths) {
-  struct SCase {
-    const wchar_t* path;
-    bool isProtected;
+TEST(ProtectedPaths, EachRuleProtectsItsShapeOnly) {
+  struct SRule {
+    std::span<const std::wstring_view> names;
+    std::vector<std::wstring_view> covered;
+    std::vector<std::wstring_view> notCovered;
   };
-  const SCase cases[] = {
-      {L"", true},
-      {L"Screenshots/Shot1.JPG", true},
-      {L"pack/screenshots/a.jpg", false},
-      {L"maps/town/syserr_2024.txt", true},
-      {L"logs/chatlog1.txt", true},
-      {L"bin/readme.txt.part", true},
-      {L"data/anything", true},
-      {L"vardeni2.exe", false},
+  const SRule rules[] = {
+      // Folders protect their whole tree, and only at the top.
+      {kFolders, {L"%readme.txt", L"%deep/er/shot.jpg"}, {L"pack/%readme.txt", L"#x/readme.txt"}},
+      // File names match whole names anywhere.
+      {kFileNames, {L"%", L"sub/dir/%"}, {L"sub/%~", L"sub/%/readme.txt"}},
+      // Prefixes apply to the file name only.
+      {kNamePrefixes, {L"%_2024.txt", L"logs/%1.txt"}, {L"logs/x%.txt", L"old%/readme.txt"}},
+      // Suffixes end the whole path.
+      {kSuffixes, {L"bin/readme.txt%", L"a%"}, {L"a%x", L"a%/readme.txt"}},
   };
-  for (const SCase& c : cases) ExpectProtection(c.path, c.isProtected);
+  for (const SRule& rule : rules) {
+    for (std::wstring_view name : rule.names) {
+      for (std::wstring_view pattern : rule.covered) ExpectProtection(Fill(pattern, name), true);
+      for (std::wstring_view pattern : rule.notCovered) ExpectProtection(Fill(pattern, name), false);
+    }
+  }
+  ExpectProtection(L"", true);
+  ExpectProtection(L"vardeni2.exe", false);
 }
 
 }  // namespace
