@@ -8,10 +8,10 @@
 
 namespace {
 
-using testing_support::ReadFileBytes;
+namespace fs = std::filesystem;
 using testing_support::TempDir;
 
-TEST(FileReplace, MoveReplacesExistingTarget) {
+TEST(FileReplace, MovesOverAndDeletesReadOnlyFiles) {
   TempDir dir;
   const auto from = dir.Write("new.part", "new bytes");
   const auto to = dir.Write("file.bin", "old");
@@ -19,33 +19,23 @@ TEST(FileReplace, MoveReplacesExistingTarget) {
   std::uint32_t code = 99;
   EXPECT_TRUE(platform::MoveReplacingFile(from, to, code));
   EXPECT_EQ(code, 0u);
-  EXPECT_EQ(ReadFileBytes(to), "new bytes");
-  EXPECT_FALSE(std::filesystem::exists(from));
-}
+  EXPECT_EQ(testing_support::ReadFileBytes(to), "new bytes");
+  EXPECT_FALSE(fs::exists(from));
 
-TEST(FileReplace, FailuresCarryTheOsCode) {
-  TempDir dir;
-  std::uint32_t code = 0;
-  EXPECT_FALSE(platform::MoveReplacingFile(dir.path() / "missing", dir.path() / "target", code));
+  fs::permissions(to, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                  fs::perm_options::remove);
+  code = 99;
+  EXPECT_TRUE(platform::DeleteReadOnlyFile(to, code));
+  EXPECT_EQ(code, 0u);
+  EXPECT_FALSE(fs::exists(to));
+
+  // Failures carry the system's code.
+  EXPECT_FALSE(platform::MoveReplacingFile(dir.path() / "missing", to, code));
   EXPECT_NE(code, 0u);
   EXPECT_FALSE(platform::IsFileLockedError(code));
-
   code = 0;
   EXPECT_FALSE(platform::DeleteReadOnlyFile(dir.path() / "missing", code));
   EXPECT_NE(code, 0u);
-}
-
-TEST(FileReplace, DeletesReadOnlyFile) {
-  TempDir dir;
-  const auto file = dir.Write("locked.cfg", "x");
-  std::filesystem::permissions(file, std::filesystem::perms::owner_write | std::filesystem::perms::group_write |
-                                         std::filesystem::perms::others_write,
-                               std::filesystem::perm_options::remove);
-
-  std::uint32_t code = 99;
-  EXPECT_TRUE(platform::DeleteReadOnlyFile(file, code));
-  EXPECT_EQ(code, 0u);
-  EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 }  // namespace
