@@ -63,7 +63,6 @@ std::string Bytes(std::u8string_view text) { return std::string(text.begin(), te
 
 TEST(BuiltinStrings, HoldsExactlyTheRequiredEntriesInOrder) {
   const auto table = text::BuiltinStrings();
-  ASSERT_EQ(table.size(), std::size(kExpected));
   ASSERT_EQ(table.size(), 41u);
   for (size_t i = 0; i < table.size(); ++i) {
     EXPECT_EQ(table[i].key, kExpected[i].key) << "entry " << i;
@@ -79,9 +78,6 @@ TEST(BuiltinStrings, LookupTableIsTheWideFormOfEveryEntry) {
     ASSERT_NE(found, table.end()) << expected.key;
     EXPECT_EQ(text::WideToUtf8(found->second), Bytes(expected.text)) << expected.key;
   }
-  EXPECT_EQ(table.at(L"eta"), L"ETA");
-  EXPECT_EQ(table.at(L"scanning"), L"Scanning");
-  EXPECT_EQ(table.at(L"close"), L"\u0625\u063a\u0644\u0627\u0642");
 }
 
 }  // namespace

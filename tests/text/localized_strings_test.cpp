@@ -26,44 +26,32 @@ TEST(LocalizedStrings, WithoutLocaleFilesTheCompiledInTableAnswers) {
   }
 }
 
-TEST(LocalizedStrings, EnglishFileReplacesTheCompiledInTable) {
-  testing_support::TempDir launcher;
-  launcher.Write(kEnglishFile, R"({"close":"Close"})");
-  CLocalizedStrings strings;
-  strings.Load(EPatcherLanguage::English, launcher.path());
-  EXPECT_EQ(strings.Text(L"close"), L"Close");
-  // Not merged with the compiled-in table either.
-  EXPECT_EQ(strings.Text(L"eta"), L"eta");
-}
-
-TEST(LocalizedStrings, ArabicFileStandsAloneWithoutEnglishFilling) {
-  testing_support::TempDir launcher;
-  launcher.Write(kEnglishFile, R"({"close":"Close","retry":"Retry"})");
-  launcher.Write(kArabicFile, "{\"close\":\"\xD8\xA5\xD8\xBA\xD9\x84\xD8\xA7\xD9\x82\"}");
-  CLocalizedStrings strings;
-  strings.Load(EPatcherLanguage::Arabic, launcher.path());
-  EXPECT_EQ(strings.Text(L"close"), kBuiltinClose);
-  EXPECT_EQ(strings.Text(L"retry"), L"retry");
-  EXPECT_EQ(strings.Text(L"retry", L"Try again"), L"Try again");
-}
-
-TEST(LocalizedStrings, BrokenArabicFileFallsBackToTheBaseTable) {
-  struct SCase {
-    const char* englishFile;  // nullptr: absent
-    std::wstring expectedClose;
+// Each case: the files present (nullptr: absent), then what "close" and
+// "retry" read. A locale file replaces the compiled-in table whole; a broken
+// Arabic file falls back to English, and a broken English one to the table.
+TEST(LocalizedStrings, LocaleFilesReplaceTheBaseTableWhole) {
+  const struct {
+    EPatcherLanguage language;
+    const char* english;
+    const char* arabic;
+    std::wstring close;
+    std::wstring eta;
+  } cases[] = {
+      {EPatcherLanguage::English, R"({"close":"Close"})", nullptr, L"Close", L"eta"},
+      {EPatcherLanguage::Arabic, R"({"close":"Close","eta":"E"})", "{\"close\":\"\xD8\xA5\xD8\xBA\xD9\x84\xD8\xA7\xD9\x82\"}",
+       kBuiltinClose, L"eta"},
+      {EPatcherLanguage::Arabic, R"({"close":"Close"})", R"({"close": 1})", L"Close", L"eta"},
+      {EPatcherLanguage::Arabic, nullptr, R"({"close": 1})", kBuiltinClose, L"ETA"},
+      {EPatcherLanguage::Arabic, R"({"close": 1})", R"({"close": 1})", kBuiltinClose, L"ETA"},
   };
-  const SCase cases[] = {
-      {R"({"close":"Close"})", L"Close"},
-      {nullptr, kBuiltinClose},
-      {R"({"close": 1})", kBuiltinClose},
-  };
-  for (const SCase& c : cases) {
+  for (const auto& c : cases) {
     testing_support::TempDir launcher;
-    if (c.englishFile != nullptr) launcher.Write(kEnglishFile, c.englishFile);
-    launcher.Write(kArabicFile, R"({"close": 1})");
+    if (c.english != nullptr) launcher.Write(kEnglishFile, c.english);
+    if (c.arabic != nullptr) launcher.Write(kArabicFile, c.arabic);
     CLocalizedStrings strings;
-    strings.Load(EPatcherLanguage::Arabic, launcher.path());
-    EXPECT_EQ(strings.Text(L"close"), c.expectedClose) << (c.englishFile ? c.englishFile : "no English file");
+    strings.Load(c.language, launcher.path());
+    EXPECT_EQ(strings.Text(L"close"), c.close) << c.english << " / " << c.arabic;
+    EXPECT_EQ(strings.Text(L"eta"), c.eta) << c.english << " / " << c.arabic;
   }
 }
 
