@@ -28,18 +28,13 @@ TEST(LinuxUserFoldersTest, LocalAppDataFollowsTheXdgRule) {
   for (const auto& c : cases) {
     const ScopedEnvironment dataHome(L"XDG_DATA_HOME", c.dataHome), home(L"HOME", c.home);
     EXPECT_EQ(platform::LocalAppDataDirectory(), c.expected) << c.dataHome.value_or(L"<unset>");
+    EXPECT_EQ(LegacyDataDirectory(), c.expected.empty() ? L"" : c.expected + L"/OmbrisaAdminPanel/Patcher");
   }
 }
 
-TEST(LinuxUserFoldersTest, ProfileAndLegacyFolderComeFromHome) {
+TEST(LinuxUserFoldersTest, ProfileIsHome) {
   const ScopedEnvironment dataHome(L"XDG_DATA_HOME", std::nullopt), home(L"HOME", L"/home/zoë");
   EXPECT_EQ(platform::UserProfileDirectory(), L"/home/zoë");
-  EXPECT_EQ(LegacyDataDirectory(), L"/home/zoë/.local/share/OmbrisaAdminPanel/Patcher");
-}
-
-TEST(LinuxUserFoldersTest, NoLegacyFolderWithoutHome) {
-  const ScopedEnvironment dataHome(L"XDG_DATA_HOME", std::nullopt), home(L"HOME", std::nullopt);
-  EXPECT_EQ(LegacyDataDirectory(), L"");
 }
 
 TEST(LinuxGameFolderTest, SlashPathsAreAbsolute) {
