@@ -58,14 +58,14 @@ class LogFile : public testing::Test {
 };
 
 TEST_F(LogFile, LineCarriesTimestampLevelCategoryAndUtf8Message) {
-  logging::LogInfo(L"start", L"launcher 1.0.5 on Linux");
+  logging::LogInfo(L"start", L"launcher 1.0.5");
   logging::LogWarning(L"patch", L"تحديث");
   logging::LogError(L"play", L"x");
   logging::WriteLog(static_cast<ELogLevel>(7), L"net", L"y");
 
   const std::vector<std::string> lines = Lines();
   ASSERT_EQ(lines.size(), 4u);
-  const char* const expected[][3] = {{"INFO ", "start", "launcher 1.0.5 on Linux"},
+  const char* const expected[][3] = {{"INFO ", "start", "launcher 1.0.5"},
                                      {"WARN ", "patch", "\xD8\xAA\xD8\xAD\xD8\xAF\xD9\x8A\xD8\xAB"},
                                      {"ERROR", "play", "x"},
                                      {"ERROR", "net", "y"}};
@@ -80,7 +80,7 @@ TEST_F(LogFile, LineCarriesTimestampLevelCategoryAndUtf8Message) {
 
 TEST_F(LogFile, LineBreaksInMessageBecomeSpaces) {
   const std::pair<const wchar_t*, const char*> cases[] = {
-      {L"a\r\nb\nc", "a b c"}, {L"a\rb", "a b"}, {L"\n\r", "  "}, {L"\r\r\n", "  "}, {L"end\r\n", "end "}};
+      {L"a\r\nb\nc\rd", "a b c d"}, {L"\n\r", "  "}, {L"\r\r\n", "  "}};
   for (const auto& [message, expected] : cases) logging::LogInfo(L"t", message);
   const std::vector<std::string> lines = Lines();
   ASSERT_EQ(lines.size(), std::size(cases));
