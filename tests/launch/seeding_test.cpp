@@ -48,7 +48,6 @@ TEST(Seeding, WritesOnlyTheMissingFilesAndNeverTouchesAPresentOne) {
   };
   const SCase cases[] = {
       {{}, {L"locale.cfg", L"korvex.cfg", L"mouse.cfg"}, {}},
-      {{"mouse.cfg"}, {L"locale.cfg", L"korvex.cfg"}, {L"mouse.cfg"}},
       {{"korvex.cfg", "locale.cfg"}, {L"mouse.cfg"}, {L"locale.cfg", L"korvex.cfg"}},
       {{"locale.cfg", "korvex.cfg", "mouse.cfg"}, {}, {L"locale.cfg", L"korvex.cfg", L"mouse.cfg"}},
   };

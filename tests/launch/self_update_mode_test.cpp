@@ -28,7 +28,6 @@ TEST(SelfUpdateMode, RecognisesOnlyTheSwitchWithATarget) {
       {{L"new.exe", L"--apply-self-update"}, false, L""},
       {{L"new.exe", L"C:\\Games\\old.exe", L"--apply-self-update"}, false, L""},
       {{L"new.exe", L"--apply-self-updater", L"C:\\Games\\old.exe"}, false, L""},
-      {{L"new.exe"}, false, L""},
       {{}, false, L""},
   };
   for (const SCase& c : cases) {
