@@ -5,8 +5,11 @@
 //
 // The list file has one "<sha256> <size> <path>" line per entry. Every
 // download report prints "bytes <done> <total>" and then pauses, which slows
-// the transfer enough for the test to find it half done. Exits with 0 when
+// the transfer enough for the test to find it half done. The first line is
+// "pid <pid>" so a test reading through popen can kill it. Exits with 0 when
 // every file was applied.
+
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -34,10 +37,9 @@ bool ReadList(const char* file, patch::SManifest& manifest) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    std::fprintf(stderr, "usage: %s <runtime> <game> <patch-host> <list-file> <pause-us>\n", argv[0]);
-    return 2;
-  }
+  if (argc != 6) return 2;
+  std::printf("pid %d\n", static_cast<int>(::getpid()));
+  std::fflush(stdout);
   patch::SManifest manifest;
   if (!ReadList(argv[4], manifest)) return 2;
   const std::chrono::microseconds pause(std::stoll(argv[5]));

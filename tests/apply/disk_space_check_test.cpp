@@ -68,19 +68,18 @@ TEST(DiskSpaceSuffices, OneVolumeHoldsBothNeedsSeparateVolumesEachTheirOwn) {
   }
 }
 
+// An unknown free space lets the run go on, so the queries must work on both systems.
 TEST(DiskSpaceQueries, FoldersOfOneVolumeShareItsName) {
   const testing_support::TempDir dir;
   std::filesystem::create_directories(dir.path() / "a" / "b");
   std::uint64_t freeBytes = 0;
-  ASSERT_TRUE(platform::QueryFreeDiskSpace(dir.path(), freeBytes));
-  EXPECT_GT(freeBytes, 0u);
+  EXPECT_TRUE(platform::QueryFreeDiskSpace(dir.path(), freeBytes) && freeBytes > 0);
+  EXPECT_FALSE(platform::QueryFreeDiskSpace(dir.path() / "missing", freeBytes));
   std::wstring outer;
   std::wstring inner;
-  ASSERT_TRUE(platform::QueryVolumeName(dir.path(), outer));
-  ASSERT_TRUE(platform::QueryVolumeName(dir.path() / "a" / "b", inner));
+  ASSERT_TRUE(platform::QueryVolumeName(dir.path(), outer) && platform::QueryVolumeName(dir.path() / "a" / "b", inner));
   EXPECT_FALSE(outer.empty());
   EXPECT_EQ(outer, inner);
-  EXPECT_FALSE(platform::QueryFreeDiskSpace(dir.path() / "missing", freeBytes));
 }
 
 }  // namespace
