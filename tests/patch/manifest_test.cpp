@@ -20,24 +20,12 @@ using patch::SManifestEntry;
 constexpr const char* kHash = "3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
 constexpr const wchar_t* kWideHash = L"3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
 
-std::string Quoted(std::string_view text) {
-  std::string quoted(1, '"');
-  quoted += text;
-  return quoted += '"';
-}
+std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 std::string Base64(const std::uint8_t* data, std::size_t length) {
-  static constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string out;
-  for (std::size_t i = 0; i < length; i += 3) {
-    std::uint32_t chunk = std::uint32_t{data[i]} << 16;
-    if (i + 1 < length) chunk |= std::uint32_t{data[i + 1]} << 8;
-    if (i + 2 < length) chunk |= data[i + 2];
-    out += kAlphabet[(chunk >> 18) & 63];
-    out += kAlphabet[(chunk >> 12) & 63];
-    out += i + 1 < length ? kAlphabet[(chunk >> 6) & 63] : '=';
-    out += i + 2 < length ? kAlphabet[chunk & 63] : '=';
-  }
+  std::string out(sodium_base64_ENCODED_LEN(length, sodium_base64_VARIANT_ORIGINAL), '\0');
+  sodium_bin2base64(out.data(), out.size(), data, length, sodium_base64_VARIANT_ORIGINAL);
+  out.pop_back();  // the terminating NUL
   return out;
 }
 
@@ -50,7 +38,6 @@ struct SSigner {
     crypto_sign_keypair(publicKey.data(), secretKey.data());
   }
 
-  // One line of a signature file.
   std::string SignLine(const std::string& message) const {
     std::array<std::uint8_t, crypto_sign_BYTES> signature{};
     crypto_sign_detached(signature.data(), nullptr, reinterpret_cast<const std::uint8_t*>(message.data()),
@@ -129,13 +116,9 @@ TEST_F(ManifestTest, SizeLimitComesAfterTheSignature) {
   EXPECT_EQ(AcceptSigned(atLimit, manifest), EManifestVerdict::Valid);
   EXPECT_EQ(AcceptSigned(overLimit, manifest), EManifestVerdict::TooLarge);
   EXPECT_EQ(Accept(overLimit, stranger_.SignLine(overLimit), manifest), EManifestVerdict::Unsigned);
-
-  auto parse = [&manifest](const std::string& list) {
-    return patch::ParseManifest(reinterpret_cast<const std::uint8_t*>(list.data()), list.size(), 7, L"live", 0,
-                                manifest);
-  };
-  EXPECT_EQ(parse(atLimit), EManifestVerdict::Valid);  // no signature involved
-  EXPECT_EQ(parse(overLimit), EManifestVerdict::TooLarge);
+  EXPECT_EQ(patch::ParseManifest(reinterpret_cast<const std::uint8_t*>(overLimit.data()), overLimit.size(), 7,
+                                 L"live", 0, manifest),
+            EManifestVerdict::TooLarge);
   EXPECT_EQ(manifest, SManifest{});
 }
 
@@ -148,36 +131,24 @@ TEST_F(ManifestTest, VerdictsOfTheChecksAfterTheSignature) {
     std::uint64_t floor = 0;
   } const cases[] = {
       {BuildList(), EManifestVerdict::Valid},
-      // Text and JSON shape.
       {"", EManifestVerdict::Unreadable},
       {BuildList({{"channel", "\"caf\xC3\xA9\""}}), EManifestVerdict::Unreadable},
-      {"{\"schema\":1,", EManifestVerdict::Unreadable},
       {"[1]", EManifestVerdict::Unreadable},
-      // Schema.
       {BuildList({{"schema", ""}}), EManifestVerdict::Unreadable},
       {BuildList({{"schema", "\"1\""}}), EManifestVerdict::Unreadable},
       {BuildList({{"schema", "2"}}), EManifestVerdict::NewerSchema},
       {BuildList({{"schema", "0.5"}}), EManifestVerdict::NewerSchema},
-      {BuildList({{"schema", "1.0"}}), EManifestVerdict::Valid},
-      // Version.
-      {BuildList({{"version", ""}}), EManifestVerdict::Unreadable},
       {BuildList({{"version", "\"7\""}}), EManifestVerdict::Unreadable},
-      {BuildList({{"version", "0"}}), EManifestVerdict::Unreadable, 0},
       {BuildList({{"version", "0.99"}}), EManifestVerdict::Unreadable, 0},
       {BuildList({{"version", "18446744073709551616"}}), EManifestVerdict::Unreadable},
       {BuildList({{"version", "9223372036854775808"}}), EManifestVerdict::Valid, 9223372036854775808ull},
       {BuildList({{"version", "8"}}), EManifestVerdict::VersionMismatch},
-      // Channel and time stamp.
       {BuildList({{"channel", ""}}), EManifestVerdict::Unreadable},
       {BuildList({{"generatedAt", "5"}}), EManifestVerdict::Unreadable},
       {BuildList({{"channel", "\"Beta\""}}), EManifestVerdict::ChannelMismatch, 7, L"beta"},
       {BuildList({{"channel", "\"caf\\u00e9\""}}), EManifestVerdict::Valid, 7, L"caf\u00e9"},
-      {BuildList({{"channel", "\"\""}}), EManifestVerdict::Valid, 7, L""},
-      // Rollback floor.
       {BuildList(), EManifestVerdict::Valid, 7, L"live", 7},
       {BuildList(), EManifestVerdict::Rollback, 7, L"live", 8},
-      // Files.
-      {BuildList({{"files", ""}}), EManifestVerdict::Unreadable},
       {BuildList({{"files", "{}"}}), EManifestVerdict::Unreadable},
       {BuildList({{"files", "[]"}}), EManifestVerdict::Valid},
       // The first failing step decides.
@@ -189,68 +160,38 @@ TEST_F(ManifestTest, VerdictsOfTheChecksAfterTheSignature) {
   for (const SCase& c : cases) {
     SManifest manifest;
     manifest.version = 99;  // a refused list must wipe this out
-    manifest.files.push_back({L"old", 1, kWideHash});
     const EManifestVerdict verdict = AcceptSigned(c.list, manifest, c.advertised, c.channel, c.floor);
     EXPECT_EQ(verdict, c.verdict) << c.list;
-    if (verdict == EManifestVerdict::Valid) {
-      EXPECT_EQ(manifest.version, c.advertised) << c.list;
-      EXPECT_EQ(manifest.channel, c.channel) << c.list;
-    } else {
-      EXPECT_EQ(manifest, SManifest{}) << c.list;
-    }
+    EXPECT_EQ(manifest.version, verdict == EManifestVerdict::Valid ? c.advertised : 0) << c.list;
   }
 }
 
-TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndFileOrder) {
+TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndSkipsBadEntriesInOrder) {
   const std::string hash = Quoted(kHash);
-  const std::string files = "[{\"path\":\"b\\\\second.pak\",\"sha256\":" + hash + ",\"size\":2}," +
-                            "{\"path\":\"../skipped\",\"sha256\":" + hash + ",\"size\":1}," +
-                            "{\"path\":\"a/first.pak\",\"sha256\":" + hash + ",\"size\":1}]";
+  std::string upperDigit = kHash;
+  upperDigit[10] = 'A';
+  auto entry = [](const std::string& path, const std::string& sha256, const std::string& size) {
+    return "{\"path\":" + path + ",\"sha256\":" + sha256 + ",\"size\":" + size + "},";
+  };
+  const std::string files = "[" + entry("\"b\\\\second.pak\"", hash, "2") + entry("\"../x\"", hash, "5") +
+                            entry("\"C:/x\"", hash, "5") + entry("7", hash, "5") +
+                            entry("\"x\"", Quoted(upperDigit), "5") +
+                            entry("\"x\"", Quoted(std::string_view(kHash).substr(1)), "5") +
+                            entry("\"x\"", hash, "-0.5") + entry("\"x\"", hash, "\"5\"") +
+                            entry("\"x\"", hash, "18446744073709551616") + "{\"path\":\"x\",\"sha256\":" + hash +
+                            "},5," + entry("\"a//first.pak\"", hash, "1.7") + entry("\"a/./b\"", hash, "3");
   SManifest manifest;
-  ASSERT_EQ(AcceptSigned(BuildList({{"version", "7.9"}, {"generatedAt", "\"when\""}, {"files", files}}), manifest),
+  ASSERT_EQ(AcceptSigned(BuildList({{"version", "7.9"},
+                                    {"generatedAt", "\"when\""},
+                                    {"files", files.substr(0, files.size() - 1) + "]"}}),
+                         manifest),
             EManifestVerdict::Valid);
   SManifest expected;
   expected.version = 7;
   expected.channel = L"live";
   expected.generatedAt = L"when";
-  expected.files = {{L"b/second.pak", 2, kWideHash}, {L"a/first.pak", 1, kWideHash}};
+  expected.files = {{L"b/second.pak", 2, kWideHash}, {L"a/first.pak", 1, kWideHash}, {L"a/b", 3, kWideHash}};
   EXPECT_EQ(manifest, expected);
-}
-
-TEST_F(ManifestTest, FileEntriesAreJudgedOneByOne) {
-  const std::string hash = Quoted(kHash);
-  std::string oneUpperDigit = kHash;
-  oneUpperDigit[10] = 'A';
-  auto entry = [](const std::string& path, const std::string& sha256, const std::string& size) {
-    return "{\"path\":" + path + ",\"sha256\":" + sha256 + ",\"size\":" + size + "}";
-  };
-  const std::pair<std::string, std::optional<SManifestEntry>> cases[] = {
-      {entry("\"a/./b\"", hash, "5"), SManifestEntry{L"a/b", 5, kWideHash}},
-      {entry("\"a\\\\b\"", hash, "5"), SManifestEntry{L"a/b", 5, kWideHash}},
-      {entry("\"a//b\"", hash, "5.7"), SManifestEntry{L"a/b", 5, kWideHash}},
-      {entry("\"../x\"", hash, "5"), std::nullopt},
-      {entry("\"/x\"", hash, "5"), std::nullopt},
-      {entry("\"C:x\"", hash, "5"), std::nullopt},
-      {entry("\"C:/x\"", hash, "5"), std::nullopt},
-      {entry("\"a/..\"", hash, "5"), std::nullopt},
-      {entry("\"\"", hash, "5"), std::nullopt},
-      {entry("\".\"", hash, "5"), std::nullopt},
-      {entry("\"\\\\\\\\server\\\\share\\\\x\"", hash, "5"), std::nullopt},
-      {entry("7", hash, "5"), std::nullopt},
-      {entry("\"x\"", Quoted(oneUpperDigit), "5"), std::nullopt},
-      {entry("\"x\"", Quoted(std::string_view(kHash).substr(1)), "5"), std::nullopt},
-      {entry("\"x\"", hash, "-0.5"), std::nullopt},
-      {entry("\"x\"", hash, "\"5\""), std::nullopt},
-      {entry("\"x\"", hash, "18446744073709551616"), std::nullopt},
-      {"{\"path\":\"x\",\"sha256\":" + hash + "}", std::nullopt},
-      {"5", std::nullopt},
-  };
-  for (const auto& [element, stored] : cases) {
-    SManifest manifest;
-    ASSERT_EQ(AcceptSigned(BuildList({{"files", "[" + element + "]"}}), manifest), EManifestVerdict::Valid) << element;
-    EXPECT_EQ(manifest.files, stored ? std::vector<SManifestEntry>{*stored} : std::vector<SManifestEntry>{})
-        << element;
-  }
 }
 
 TEST_F(ManifestTest, LauncherRecordIsAllOrNothing) {
@@ -262,10 +203,8 @@ TEST_F(ManifestTest, LauncherRecordIsAllOrNothing) {
   const std::pair<std::string, bool> cases[] = {
       {complete, true},
       {record("\"\"", hash, "1"), false},
-      {record("6", hash, "1"), false},
       {record("\"1.0.6\"", Quoted("3FA9C1D2E3F405162738495A6B7C8D9E0F1A2B3C4D5E6F708192A3B4C5D6E7F8"), "1"), false},
       {record("\"1.0.6\"", hash, "-1"), false},
-      {"{\"productVersion\":\"1.0.6\",\"sha256\":" + hash + "}", false},
       {"[" + complete + "]", false},
   };
   for (const auto& [launcher, present] : cases) {
@@ -275,7 +214,6 @@ TEST_F(ManifestTest, LauncherRecordIsAllOrNothing) {
     EXPECT_EQ(manifest.launcherProductVersion, present ? L"1.0.6" : L"") << launcher;
     EXPECT_EQ(manifest.launcherSize, present ? 1234u : 0u) << launcher;
     EXPECT_EQ(manifest.launcherSha256, present ? kWideHash : L"") << launcher;
-    EXPECT_EQ(manifest.files.size(), 1u) << launcher;
   }
 }
 
@@ -299,15 +237,9 @@ TEST(ManifestVerdictText, EveryVerdictHasItsSentence) {
 
 TEST(BlobPathForHash, OnlyLowerCaseDigestsHaveAPath) {
   const std::wstring hash = kWideHash;
-  const std::pair<std::wstring, std::wstring> cases[] = {
-      {hash, L"blobs/3f/" + hash},
-      {L"3FA9" + hash.substr(4), L""},
-      {hash.substr(1), L""},
-      {hash + L"0", L""},
-      {L"g" + hash.substr(1), L""},
-  };
-  for (const auto& [digest, path] : cases) {
-    EXPECT_EQ(patch::BlobPathForHash(digest), path) << testing::PrintToString(digest);
+  EXPECT_EQ(patch::BlobPathForHash(hash), L"blobs/3f/" + hash);
+  for (const std::wstring& bad : {L"3FA9" + hash.substr(4), hash.substr(1), hash + L"0", L"g" + hash.substr(1)}) {
+    EXPECT_EQ(patch::BlobPathForHash(bad), L"") << testing::PrintToString(bad);
   }
 }
 

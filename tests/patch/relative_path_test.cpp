@@ -4,21 +4,16 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
 using patch::ValidateRelativePath;
 
-struct SPathCase {
-  std::wstring input;
-  std::optional<std::wstring> normalised;  // nullopt: refused
-};
-
-// Windows rules on every platform, so both builds must agree on every row.
-const SPathCase kPathCases[] = {
-    // Plain and normalised forms.
+// Windows rules on every platform, so both builds must agree on every row;
+// nullopt: refused.
+const std::pair<std::wstring, std::optional<std::wstring>> kPathCases[] = {
     {L"x", L"x"},
-    {L"data/pack/a.bin", L"data/pack/a.bin"},
     {L"a/./b", L"a/b"},
     {L"a\\b", L"a/b"},
     {L"a//b", L"a/b"},
@@ -26,21 +21,15 @@ const SPathCase kPathCases[] = {
     {L"a/b/../../c", L"c"},
     {L"...", L"..."},
     {L"\u00fc/\u0645.txt", L"\u00fc/\u0645.txt"},
-    // Empty, or nothing usable left.
     {L"", std::nullopt},
     {L".", std::nullopt},
     {L"a/..", std::nullopt},
-    {L"a/b/../..", std::nullopt},
-    // Climbing out of the game folder.
     {L"..", std::nullopt},
     {L"../x", std::nullopt},
     {L"a/../../x", std::nullopt},
-    {L"../../x", std::nullopt},
-    // Root directories and root names.
     {L"/x", std::nullopt},
     {L"C:x", std::nullopt},
     {L"C:/x", std::nullopt},
-    {L"C:", std::nullopt},
     {L"C:/../x", std::nullopt},
     {L"\\\\server\\share\\x", std::nullopt},
     {L"\\\\?\\C:\\x", std::nullopt},
@@ -50,17 +39,15 @@ const SPathCase kPathCases[] = {
     // Folder forms: they never name a file.
     {L"a/", std::nullopt},
     {L"a/.", std::nullopt},
-    {L"a/b/..", std::nullopt},
     // The OS would cut the path at the NUL.
     {std::wstring(L"a\0/../../x", 10), std::nullopt},
 };
 
 TEST(RelativePath, TableOfPaths) {
-  for (const SPathCase& c : kPathCases) {
+  for (const auto& [input, expected] : kPathCases) {
     std::wstring normalised = L"stale";
-    const bool accepted = ValidateRelativePath(c.input, normalised);
-    EXPECT_EQ(accepted, c.normalised.has_value()) << "input: " << testing::PrintToString(c.input);
-    EXPECT_EQ(normalised, c.normalised.value_or(L"")) << "input: " << testing::PrintToString(c.input);
+    EXPECT_EQ(ValidateRelativePath(input, normalised), expected.has_value()) << testing::PrintToString(input);
+    EXPECT_EQ(normalised, expected.value_or(L"")) << testing::PrintToString(input);
   }
 }
 
