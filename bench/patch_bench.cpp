@@ -79,9 +79,17 @@ int main(int argc, char** argv) {
   service.InitializeState(error);
   const net::CHttpClient http(config);
 
+  // Keeps each report as the launcher's window would, so their cost is counted.
+  patch::SPatchProgress lastReport;
+  std::uint64_t reports = 0;
+  const auto keepReport = [&](const patch::SPatchProgress& report) {
+    lastReport = report;
+    ++reports;
+  };
+
   patch::SPatchOutcome outcome;
   const auto start = std::chrono::steady_clock::now();
-  const bool ok = service.ApplyEntries(http, manifest, false, {}, outcome, error);
+  const bool ok = service.ApplyEntries(http, manifest, false, keepReport, outcome, error);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   const long peakKib = PeakResidentKib();
 
@@ -89,7 +97,8 @@ int main(int argc, char** argv) {
               manifest.files.size(), static_cast<double>(totalBytes) / 1e6, seconds,
               static_cast<double>(totalBytes) / 1e6 / seconds, static_cast<unsigned long long>(outcome.appliedCount),
               static_cast<unsigned long long>(outcome.failedCount));
-  std::printf("  peak resident set: %.1f MiB\n", static_cast<double>(peakKib) / 1024.0);
+  std::printf("  peak resident set: %.1f MiB; %llu progress reports, the last at %.1f Mbit/s\n",
+              static_cast<double>(peakKib) / 1024.0, static_cast<unsigned long long>(reports), lastReport.speedMbps);
   if (!ok || outcome.failedCount != 0) {
     std::fprintf(stderr, "patch failed: %s\n", text::WideToUtf8(error).c_str());
     return 1;

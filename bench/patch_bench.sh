@@ -64,6 +64,8 @@ port=$("$host_script" start "$state" "$www" 1800 | tail -n 1)
 trap '"$host_script" stop "$state"' EXIT
 url="https://127.0.0.1:$port"
 echo "serving $(wc -l <"$list") files, $bytes bytes at $url (nginx, HTTP/2 offered)"
+# Both sides compete with whatever else runs here: the load says how much.
+echo "load average at start: $(cut -d' ' -f1-3 /proc/loadavg)"
 
 curl_config="$work/curl.config"
 awk -v url="$url" -v out="$work/curl-out" \
@@ -72,13 +74,19 @@ awk -v url="$url" -v out="$work/curl-out" \
 
 best_curl=""
 best_ours=""
+curl_times=()
+ours_times=()
 peak_kib=0
 for run in $(seq "$runs"); do
   rm -rf "$work/curl-out" && mkdir -p "$work/curl-out" && sync
   start=$(now)
-  curl --parallel --parallel-max 4 --fail --silent --show-error --no-progress-meter --cacert "$state/ca.pem" -K "$curl_config"
+  /usr/bin/time -f '%U %S %M' -o "$work/curl-time.txt" curl --parallel --parallel-max 4 --fail --silent \
+    --show-error --no-progress-meter --cacert "$state/ca.pem" -K "$curl_config"
   seconds=$(echo "$(now) - $start" | bc -l)
-  printf '  run %d curl:  %.2f s = %.1f MB/s\n' "$run" "$seconds" "$(echo "$bytes / $seconds / 1000000" | bc -l)"
+  read -r user system kib <"$work/curl-time.txt"
+  printf '  run %d curl: %.2f s = %.1f MB/s; cpu %.2f s user + %.2f s system; peak resident set %.1f MiB\n' \
+    "$run" "$seconds" "$(echo "$bytes / $seconds / 1000000" | bc -l)" "$user" "$system" "$(echo "$kib / 1024" | bc -l)"
+  curl_times+=("$seconds")
   if [ -z "$best_curl" ] || [ "$(echo "$seconds < $best_curl" | bc -l)" = 1 ]; then best_curl=$seconds; fi
   rm -rf "$work/curl-out"
 
@@ -88,14 +96,24 @@ for run in $(seq "$runs"); do
   sed -n 's/^  /  run '"$run"' ours: /p' "$work/driver.txt"
   seconds=$(sed -n 's/^result seconds=\([0-9.]*\) .*/\1/p' "$work/driver.txt")
   kib=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$work/time.txt")
-  echo "  run $run /usr/bin/time -v: maximum resident set $kib KiB, elapsed $(sed -n 's/.*Elapsed (wall clock) time.*: //p' "$work/time.txt")"
+  printf '  run %d ours (/usr/bin/time -v): cpu %.2f s user + %.2f s system; maximum resident set %d KiB\n' "$run" \
+    "$(sed -n 's/.*User time (seconds): //p' "$work/time.txt")" \
+    "$(sed -n 's/.*System time (seconds): //p' "$work/time.txt")" "$kib"
+  ours_times+=("$seconds")
   if [ -z "$best_ours" ] || [ "$(echo "$seconds < $best_ours" | bc -l)" = 1 ]; then best_ours=$seconds; fi
   if [ "$kib" -gt "$peak_kib" ]; then peak_kib=$kib; fi
 done
 rm -rf "$work/patch"
 
+echo "load average at end: $(cut -d' ' -f1-3 /proc/loadavg)"
 echo
 printf 'best of %d: curl %.1f MB/s, ours %.1f MB/s, ours / curl throughput: %.2f (goal at least 0.9)\n' "$runs" \
   "$(echo "$bytes / $best_curl / 1000000" | bc -l)" "$(echo "$bytes / $best_ours / 1000000" | bc -l)" \
   "$(echo "$best_curl / $best_ours" | bc -l)"
+median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+median_curl=$(median "${curl_times[@]}")
+median_ours=$(median "${ours_times[@]}")
+printf 'median of %d: curl %.1f MB/s, ours %.1f MB/s, ours / curl throughput: %.2f\n' "$runs" \
+  "$(echo "$bytes / $median_curl / 1000000" | bc -l)" "$(echo "$bytes / $median_ours / 1000000" | bc -l)" \
+  "$(echo "$median_curl / $median_ours" | bc -l)"
 printf 'peak resident set of our process: %.1f MiB (goal at most 64)\n' "$(echo "$peak_kib / 1024" | bc -l)"
