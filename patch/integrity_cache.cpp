@@ -67,7 +67,15 @@ std::wstring IntegrityCacheKey(const std::wstring& fullPath) {
                          ? fullPath
                          : platform::FromPath(platform::ToPath(fullPath).lexically_normal());
   std::replace(key.begin(), key.end(), L'\\', L'/');
-  for (wchar_t& c : key) c = static_cast<wchar_t>(std::towlower(c));
+  // ASCII letters inline, as towlower maps them in the C locale (and whatever
+  // locale a UI toolkit may select); everything else through towlower.
+  for (wchar_t& c : key) {
+    if (c >= L'A' && c <= L'Z') {
+      c = static_cast<wchar_t>(c + (L'a' - L'A'));
+    } else if (static_cast<std::uint32_t>(c) >= 0x80) {
+      c = static_cast<wchar_t>(std::towlower(c));
+    }
+  }
   return key;
 }
 
