@@ -44,13 +44,17 @@ class SelfUpdateTest : public CSyncTest {
     return status;
   }
 
-  // What the started process wrote; empty if it never ran.
+  // What the started process wrote; empty if it never ran. Under Wine the
+  // renamed record can be seen a moment before it can be opened, so the read
+  // itself is retried, not only the existence test.
   std::string AwaitCommandLineRecord() const {
     const auto record = UpdateFolder() / "command_line.txt";
-    for (int tries = 0; tries < 400 && !std::filesystem::exists(record); ++tries) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::string bytes;
+    for (int tries = 0; tries < 400 && bytes.empty(); ++tries) {
+      if (tries > 0) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      bytes = testing_support::ReadFileBytes(record);
     }
-    return testing_support::ReadFileBytes(record);
+    return bytes;
   }
 
   SRelease release_;
