@@ -38,7 +38,7 @@ bool ReplaceAndRestart(const std::wstring& source, const std::wstring& target, c
 }  // namespace
 
 bool ParseSelfUpdateCommandLine(const std::vector<std::wstring>& arguments, std::wstring& target) {
-  if (arguments.size() < 3 || !text::EqualsIgnoringAsciiCase(arguments[1], kApplySelfUpdateSwitch)) return false;
+  if (arguments.size() < 3 || !text::EqualsIgnoringAsciiCase(arguments[1], patch::kApplySelfUpdateSwitch)) return false;
   target = arguments[2];
   return true;
 }

@@ -9,8 +9,6 @@
 
 #include "patch/staged_promotion.h"
 
-inline constexpr std::wstring_view kApplySelfUpdateSwitch = L"--apply-self-update";
-
 // True for a command line of at least three arguments whose second is the
 // switch in any letter case; `target` is then the third (possibly empty).
 // Arguments after it are ignored. `arguments` includes the program itself.

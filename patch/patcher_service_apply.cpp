@@ -27,7 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr wchar_t kLogCategory[] = L"patch";
-constexpr wchar_t kStagingFolderName[] = L"staging";
 constexpr std::size_t kMaxFetchWorkers = 4;
 
 constexpr std::uint32_t kPhaseDownloading = 4;
@@ -112,7 +111,7 @@ class CFetchRun {
         progress_(progress),
         tally_(tally),
         gameFolder_(platform::ToPath(service.Folders().gameFolder)),
-        stagingRoot_(platform::ToPath(service.Folders().runtimeFolder) / kStagingFolderName) {}
+        stagingRoot_(StagingRoot(platform::ToPath(service.Folders().runtimeFolder))) {}
 
   // The calling thread works too; all helpers are joined before this returns.
   void Run() {
@@ -262,7 +261,7 @@ bool CPatcherService::ApplyEntries(const net::CHttpClient& http, const SManifest
   }
 
   const fs::path gameFolder = platform::ToPath(folders_.gameFolder);
-  const fs::path stagingRoot = platform::ToPath(folders_.runtimeFolder) / kStagingFolderName;
+  const fs::path stagingRoot = StagingRoot(platform::ToPath(folders_.runtimeFolder));
   // Made now so its volume can be asked about before anything is downloaded.
   std::error_code ignored;
   fs::create_directories(stagingRoot, ignored);

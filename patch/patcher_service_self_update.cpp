@@ -19,11 +19,9 @@ namespace patch {
 namespace {
 
 constexpr std::wstring_view kLogCategory = L"self-update";
-constexpr std::wstring_view kStagingFolderName = L"staging";
 constexpr std::wstring_view kUpdateFolderName = L"launcher_update";
 constexpr std::wstring_view kUpdateFilePrefix = L"VardeniLauncher-";
 constexpr std::wstring_view kUpdateFileSuffix = L".exe";
-constexpr std::wstring_view kApplySelfUpdateSwitch = L"--apply-self-update";
 
 bool CreateFolder(const std::filesystem::path& folder, std::wstring& errorText) {
   std::error_code ec;
@@ -108,7 +106,7 @@ bool CPatcherService::StageAndLaunchUpdate(const net::CHttpClient& http, const S
     return false;
   }
   const std::filesystem::path runtime = platform::ToPath(folders_.runtimeFolder);
-  const std::filesystem::path stagingRoot = runtime / platform::ToPath(kStagingFolderName);
+  const std::filesystem::path stagingRoot = StagingRoot(runtime);
   const std::filesystem::path staged = StagedBlobPath(stagingRoot, manifest.launcherSha256);
   if (!DownloadBlob(http, BuildPatchUrl(blobPath, false), staged, PartialBlobPath(stagingRoot, manifest.launcherSha256),
                     errorText)) {

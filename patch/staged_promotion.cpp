@@ -32,6 +32,8 @@ void RemoveQuietly(const fs::path& path) {
 
 }  // namespace
 
+fs::path StagingRoot(const fs::path& runtimeFolder) { return runtimeFolder / "staging"; }
+
 fs::path StagedBlobPath(const fs::path& stagingRoot, const std::wstring& sha256) {
   if (!IsSha256Hex(sha256)) return {};
   return stagingRoot / platform::ToPath(sha256.substr(0, 2)) / platform::ToPath(sha256);

@@ -6,8 +6,15 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace patch {
+
+// The switch a newly staged launcher is started with to replace the old one.
+inline constexpr std::wstring_view kApplySelfUpdateSwitch = L"--apply-self-update";
+
+// The "staging" folder under the runtime folder, where blobs wait to be promoted.
+std::filesystem::path StagingRoot(const std::filesystem::path& runtimeFolder);
 
 // staging/ab/abcdef... (the whole hash); empty unless `sha256` is 64 lower-case hex digits.
 std::filesystem::path StagedBlobPath(const std::filesystem::path& stagingRoot, const std::wstring& sha256);
