@@ -79,13 +79,21 @@ awk -v url="$url" -v out="$work/curl-out" \
   '{ printf "url = \"%s/blobs/%s/%s\"\noutput = \"%s/%s\"\n", url, substr($1, 1, 2), $1, out, $1 }' \
   "$list" >"$curl_config"
 
+# Each client starts from the same state: neither one's output is left for the
+# other's run to flush or discard, and write-back of earlier runs has finished.
+settle() {
+  rm -rf "$work/curl-out" "$work/patch/game" "$work/patch/runtime"
+  sync
+  sleep 2
+}
+
 best_curl=""
 best_ours=""
 curl_times=()
 ours_times=()
 peak_kib=0
 for run in $(seq "$runs"); do
-  rm -rf "$work/curl-out" && mkdir -p "$work/curl-out" && sync
+  settle && mkdir -p "$work/curl-out"
   start=$(now)
   /usr/bin/time -f '%U %S %M' -o "$work/curl-time.txt" curl --parallel --parallel-max 4 --fail --silent \
     --show-error --no-progress-meter --cacert "$trust" -K "$curl_config"
@@ -95,9 +103,8 @@ for run in $(seq "$runs"); do
     "$run" "$seconds" "$(echo "$bytes / $seconds / 1000000" | bc -l)" "$user" "$system" "$(echo "$kib / 1024" | bc -l)"
   curl_times+=("$seconds")
   if [ -z "$best_curl" ] || [ "$(echo "$seconds < $best_curl" | bc -l)" = 1 ]; then best_curl=$seconds; fi
-  rm -rf "$work/curl-out"
 
-  rm -rf "$work/patch/game" "$work/patch/runtime" && sync
+  settle
   SSL_CERT_FILE="$trust" /usr/bin/time -v -o "$work/time.txt" \
     "$driver" "$url" "$list" "$work/patch" >"$work/driver.txt"
   sed -n 's/^  /  run '"$run"' ours: /p' "$work/driver.txt"
