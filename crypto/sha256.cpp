@@ -61,6 +61,25 @@ bool HashFileSha256(const std::filesystem::path& path, std::wstring& digest, std
   return FinishInto(hasher, digest, errorText);
 }
 
+CSha256FileStream::CSha256FileStream() : hasher_(std::make_unique<CSha256Hasher>()) {
+  hasher_->Start(error_);
+}
+
+CSha256FileStream::~CSha256FileStream() = default;
+
+void CSha256FileStream::Feed(const std::uint8_t* bytes, std::size_t count) {
+  if (error_.empty() && !hasher_->Feed(bytes, count)) error_ = kHashFileFailed;
+}
+
+bool CSha256FileStream::Finish(std::wstring& digest, std::wstring& errorText) {
+  digest.clear();
+  if (!error_.empty()) {
+    errorText = error_;
+    return false;
+  }
+  return FinishInto(*hasher_, digest, errorText);
+}
+
 bool HashMemorySha256(const std::uint8_t* bytes, std::uint64_t count, std::wstring& digest,
                       std::wstring& errorText) {
   digest.clear();

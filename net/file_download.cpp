@@ -9,6 +9,7 @@
 #include <span>
 #include <system_error>
 
+#include "crypto/sha256.h"
 #include "net/http_client.h"
 #include "net/system_error_text.h"
 #include "platform/file_replace.h"
@@ -58,6 +59,7 @@ class CDownloadAttempt final : public CHttpResponseHandler {
 
     stream_.open(partial_, std::ios::binary | (appending ? std::ios::app : std::ios::trunc));
     if (!stream_.is_open()) return Stop(EStopReason::OpenFailed);
+    if (!appending) hash_.emplace();
     // Left uninitialised: the transport fills what it hands back, and zeroing
     // 4 MiB for every blob showed up in the profile of a patch.
     if (!buffer_) buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(kBufferSize);
@@ -71,6 +73,8 @@ class CDownloadAttempt final : public CHttpResponseHandler {
   }
 
   bool OnBodyRead(std::size_t count) override {
+    // Hashed while still in the cache from the transport's copy.
+    if (hash_) hash_->Feed(buffer_.get(), count);
     stream_.write(reinterpret_cast<const char*>(buffer_.get()), static_cast<std::streamsize>(count));
     if (!stream_) return Stop(EStopReason::WriteFailed);
     offset_ += count;
@@ -90,6 +94,16 @@ class CDownloadAttempt final : public CHttpResponseHandler {
   void AbandonStream() {
     stream_.close();
     stream_.clear();
+  }
+
+  // The finished file's digest: from the bytes as they streamed past, or by
+  // reading the file when this attempt only appended to an earlier part.
+  void FinishDigest(const std::filesystem::path& target, SDownloadResult& result) {
+    if (hash_) {
+      hash_->Finish(result.digest, result.digestError);
+    } else {
+      crypto::HashFileSha256(target, result.digest, result.digestError);
+    }
   }
 
   void ReportComplete() const {
@@ -117,6 +131,7 @@ class CDownloadAttempt final : public CHttpResponseHandler {
   EStopReason stopReason_ = EStopReason::None;
   std::ofstream stream_;
   std::unique_ptr<std::uint8_t[]> buffer_;
+  std::optional<crypto::CSha256FileStream> hash_;
 };
 
 void CreateParentFolders(const std::filesystem::path& file) {
@@ -200,6 +215,7 @@ SDownloadResult CHttpClient::DownloadFile(const std::wstring& url, const std::fi
     }
     download.CloseStream();
     if (!Finalize(partial, target, result.error)) continue;
+    download.FinishDigest(target, result);
     download.ReportComplete();
     result.ok = true;
     result.error.clear();

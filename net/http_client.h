@@ -26,6 +26,10 @@ struct SDownloadResult {
   bool ok = false;
   std::uint32_t status = 0;  // of the last attempt
   std::wstring error;
+  // When ok: the SHA-256 of the target's bytes (lower-case hexadecimal), or
+  // empty with the sentence of the hash failure in digestError.
+  std::wstring digest;
+  std::wstring digestError;
 };
 
 // (bytes received so far, counting a resumed part; total expected bytes, or
@@ -50,6 +54,8 @@ class CHttpClient {
 
   // Downloads into `partial`, resuming from its current length with a range
   // request, then moves it onto `target` (replacing a read-only file too).
+  // The bytes are hashed as they are written; only a file resumed from an
+  // earlier part is read back to hash it.
   // Throws std::filesystem::filesystem_error when the parent folders cannot
   // be created and std::ios_base::failure when the finished partial file
   // cannot be closed.

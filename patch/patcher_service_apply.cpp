@@ -187,9 +187,8 @@ class CFetchRun {
       return false;
     }
 
-    std::wstring digest;
-    if (!crypto::HashFileSha256(staged, digest, reason) || digest != item.sha256) {
-      if (reason.empty()) reason = kMismatchReason;
+    if (!download.digestError.empty() || download.digest != item.sha256) {
+      reason = download.digestError.empty() ? std::wstring(kMismatchReason) : download.digestError;
       RemoveQuietly(staged);
       firstReport = service_.RecordBlobFailure(item.sha256, false);
       return false;

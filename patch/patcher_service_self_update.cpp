@@ -5,7 +5,6 @@
 #include <string>
 #include <system_error>
 
-#include "crypto/sha256.h"
 #include "log/log.h"
 #include "net/http_client.h"
 #include "patch/blob_path.h"
@@ -31,13 +30,15 @@ bool CreateFolder(const std::filesystem::path& folder, std::wstring& errorText) 
   return false;
 }
 
+// Downloads onto `staged`; `digest` is then the SHA-256 of what arrived.
 bool DownloadBlob(const net::CHttpClient& http, const std::wstring& url, const std::filesystem::path& staged,
-                  const std::filesystem::path& partial, std::wstring& errorText) {
+                  const std::filesystem::path& partial, std::wstring& digest, std::wstring& errorText) {
   if (!CreateFolder(staged.parent_path(), errorText)) return false;
   try {
     const net::SDownloadResult result = http.DownloadFile(url, staged, partial, {});
-    errorText = result.error;
-    return result.ok;
+    digest = result.digest;
+    errorText = result.ok ? result.digestError : result.error;
+    return result.ok && result.digestError.empty();
   } catch (const std::exception& failure) {
     // Closing the finished partial file failed: the disk refused the last bytes.
     const std::string what = failure.what();
@@ -108,13 +109,11 @@ bool CPatcherService::StageAndLaunchUpdate(const net::CHttpClient& http, const S
   const std::filesystem::path runtime = platform::ToPath(folders_.runtimeFolder);
   const std::filesystem::path stagingRoot = StagingRoot(runtime);
   const std::filesystem::path staged = StagedBlobPath(stagingRoot, manifest.launcherSha256);
+  std::wstring digest;
   if (!DownloadBlob(http, BuildPatchUrl(blobPath, false), staged, PartialBlobPath(stagingRoot, manifest.launcherSha256),
-                    errorText)) {
+                    digest, errorText)) {
     return false;
   }
-
-  std::wstring digest;
-  if (!crypto::HashFileSha256(staged, digest, errorText)) return false;
   if (digest != manifest.launcherSha256) {
     std::error_code ec;
     std::filesystem::remove(staged, ec);

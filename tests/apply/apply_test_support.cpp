@@ -5,7 +5,6 @@
 #include <fstream>
 #include <random>
 
-#include "crypto/sha256.h"
 #include "net/http_client.h"
 #include "patch/blob_path.h"
 #include "platform/path_text.h"
@@ -14,13 +13,6 @@
 namespace apply_tests {
 
 namespace fs = std::filesystem;
-
-std::wstring Sha256Of(const std::string& bytes) {
-  std::wstring digest;
-  std::wstring error;
-  crypto::HashMemorySha256(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), digest, error);
-  return digest;
-}
 
 bool SApplyRun::SawPhase(std::uint32_t phase) const {
   return std::any_of(reports.begin(), reports.end(), [&](const auto& report) { return report.phase == phase; });

@@ -9,11 +9,12 @@
 
 #include "patch/patcher_service.h"
 #include "tests/net/net_test_support.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 
 namespace apply_tests {
 
-std::wstring Sha256Of(const std::string& bytes);
+using testing_support::Sha256Of;
 
 struct SApplyRun {
   bool ok = false;

@@ -7,6 +7,7 @@
 
 #include "net/http_client.h"
 #include "tests/net/net_test_support.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_servers.h"
 
@@ -15,6 +16,7 @@ namespace {
 using net::CHttpClient;
 using testing_support::PatternBytes;
 using testing_support::ReadFileBytes;
+using testing_support::Sha256Of;
 using testing_support::TempDir;
 
 using Report = std::pair<std::uint64_t, std::uint64_t>;
@@ -58,6 +60,7 @@ TEST_F(HttpDownload, FreshDownloadReplacesAReadOnlyTarget) {
   EXPECT_EQ(result.status, 200u);
   EXPECT_EQ(result.error, L"");
   EXPECT_TRUE(ReadFileBytes(target_) == bytes);
+  EXPECT_EQ(result.digest, Sha256Of(bytes));
   EXPECT_FALSE(std::filesystem::exists(partial_));
 }
 
@@ -86,9 +89,12 @@ TEST_F(HttpDownload, ResumesWithRangeAndCountsProgressUpToTheTotal) {
     ASSERT_TRUE(result.ok) << label;
     EXPECT_EQ(result.status, c.partial > 0 ? 206u : 200u) << label;
     EXPECT_TRUE(ReadFileBytes(target_) == bytes) << label;
+    EXPECT_EQ(result.digest, Sha256Of(bytes)) << label;
     EXPECT_EQ(RangeRequested(c.https ? HttpsLog(name) : FaultLog(name), c.partial), c.partial > 0) << label;
     ASSERT_GE(reports_.size(), 2u) << label;
-    if (c.partial > 0) EXPECT_EQ(reports_.front().first, c.partial) << label;
+    if (c.partial > 0) {
+      EXPECT_EQ(reports_.front().first, c.partial) << label;
+    }
     for (std::size_t i = 1; i < reports_.size(); ++i) EXPECT_LE(reports_[i - 1].first, reports_[i].first) << label;
     for (const auto& [done, total] : reports_) EXPECT_EQ(total, c.totalKnown ? bytes.size() : done) << label;
     EXPECT_EQ(reports_.back(), Report(bytes.size(), bytes.size())) << label;
@@ -116,6 +122,8 @@ TEST_F(HttpDownload, PartialTheServerCannotResumeIsFetchedAgain) {
     EXPECT_TRUE(result.ok) << c.query << c.partial.size();
     EXPECT_EQ(result.status, 200u) << c.query << c.partial.size();
     EXPECT_TRUE(ReadFileBytes(target_) == bytes) << c.query << c.partial.size();
+    // Whatever the stale partial held is not part of the digest.
+    EXPECT_EQ(result.digest, Sha256Of(bytes)) << c.query << c.partial.size();
     const auto log = FaultLog(name);
     ASSERT_FALSE(log.empty());
     EXPECT_TRUE(RangeRequested({log[0]}, c.partial.size())) << c.query << c.partial.size();
@@ -155,6 +163,7 @@ TEST_F(HttpDownload, CutOrStalledBodyResumesOnTheNextAttempt) {
     EXPECT_TRUE(result.ok) << c.query << testing::PrintToString(result.error);
     EXPECT_EQ(result.status, 206u) << c.query;
     EXPECT_TRUE(ReadFileBytes(target_) == bytes) << c.query;
+    EXPECT_EQ(result.digest, Sha256Of(bytes)) << c.query;
     const auto log = FaultLog(name);
     ASSERT_EQ(log.size(), 2u) << c.query;
     EXPECT_TRUE(RangeRequested({log[1]}, c.offset)) << c.query;

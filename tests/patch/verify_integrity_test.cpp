@@ -2,20 +2,16 @@
 
 #include <chrono>
 
-#include "crypto/sha256.h"
 #include "patch/patcher_service.h"
 #include "platform/path_text.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-std::wstring Sha256Of(const std::string& bytes) {
-  std::wstring digest, error;
-  crypto::HashMemorySha256(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), digest, error);
-  return digest;
-}
+using testing_support::Sha256Of;
 
 class VerifyEntryIntegrity : public testing::Test {
  protected:
