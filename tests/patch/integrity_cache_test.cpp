@@ -164,7 +164,7 @@ TEST_F(IntegrityCacheTest, FailedPersistKeepsTheChangesForTheNextAttempt) {
 
 TEST_F(IntegrityCacheTest, ServiceStoresTheFilesCurrentTimeAndPersists) {
   LauncherConfig config;
-  patch::CPatcherService service(config, {RuntimeFolder(), L""});
+  patch::CPatcherService service(config, {RuntimeFolder(), L"", L"", L""});
   std::wstring error;
   ASSERT_TRUE(service.InitializeState(error));
   const auto file = dir_.Write("game/data.pak", "12345");

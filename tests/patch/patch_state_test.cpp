@@ -66,7 +66,7 @@ class PatcherServiceState : public testing::Test {
 
   std::wstring RuntimeFolder() const { return dir_.wide() + L"/runtime-folder"; }
   std::wstring LegacyFolder() const { return dir_.wide() + L"/legacy"; }
-  patch::SServiceFolders Folders() const { return {RuntimeFolder(), LegacyFolder()}; }
+  patch::SServiceFolders Folders() const { return {RuntimeFolder(), LegacyFolder(), L"", L""}; }
   std::string RuntimeStateBytes() const {
     return testing_support::ReadFileBytes(platform::ToPath(RuntimeFolder() + L"/launcher.state"));
   }
@@ -92,7 +92,7 @@ TEST_F(PatcherServiceState, SavedStateSurvivesARestart) {
   EXPECT_EQ(reloaded.GetStateSnapshot(), service.GetStateSnapshot());
 
   // Without any file the record starts from the defaults (language aside: detected from the system).
-  CPatcherService fresh(config_, {dir_.wide() + L"/empty", LegacyFolder()});
+  CPatcherService fresh(config_, {dir_.wide() + L"/empty", LegacyFolder(), L"", L""});
   error = L"stale";
   ASSERT_TRUE(fresh.InitializeState(error));
   EXPECT_EQ(error, L"");
@@ -132,7 +132,7 @@ TEST_F(PatcherServiceState, LegacyFileIsReadWhenTheRuntimeFileIsMissingAndNeverW
 
 TEST_F(PatcherServiceState, SaveIntoAnUnwritablePlaceFailsAndKeepsTheLiveRecord) {
   dir_.Write("blocker", "a file where the runtime folder should be");
-  CPatcherService service(config_, {dir_.wide() + L"/blocker/runtime", LegacyFolder()});
+  CPatcherService service(config_, {dir_.wide() + L"/blocker/runtime", LegacyFolder(), L"", L""});
   std::wstring error;
   ASSERT_TRUE(service.InitializeState(error));
   service.MutateState([](SPatchState& s) { s.installedBuild = 8; });

@@ -48,7 +48,7 @@ TEST(SystemLanguagePosix, NewStateTakesTheLanguageOfTheFirstNonEmptyVariable) {
     testing_support::TempDir dir;
     LauncherConfig config;
     config.defaultToArabic = c.defaultToArabic;
-    patch::CPatcherService service(config, {dir.wide(), L""});
+    patch::CPatcherService service(config, {dir.wide(), L"", L"", L""});
     std::wstring error;
     EXPECT_TRUE(service.InitializeState(error));
     EXPECT_EQ(service.GetStateSnapshot().language, c.expected) << &c - cases;
