@@ -80,11 +80,14 @@ awk -v url="$url" -v out="$work/curl-out" \
   "$list" >"$curl_config"
 
 # Each client starts from the same state: neither one's output is left for the
-# other's run to flush or discard, and write-back of earlier runs has finished.
+# other's run to flush or discard, write-back of earlier runs has finished, and
+# the served files are in the page cache (this machine pages out memory left
+# idle for a few seconds, so nginx would otherwise read some from disk).
 settle() {
   rm -rf "$work/curl-out" "$work/patch/game" "$work/patch/runtime"
   sync
   sleep 2
+  find "$www" -type f -exec cat {} + >/dev/null
 }
 
 best_curl=""
