@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "app/launcher_config.h"
 #include "patch/patcher_service.h"
-#include "platform/path_text.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -64,94 +64,66 @@ class PatcherServiceState : public testing::Test {
  protected:
   PatcherServiceState() { config_.defaultToArabic = false; }
 
-  std::wstring RuntimeFolder() const { return dir_.wide() + L"/runtime-folder"; }
-  std::wstring LegacyFolder() const { return dir_.wide() + L"/legacy"; }
-  patch::SServiceFolders Folders() const { return {RuntimeFolder(), LegacyFolder(), L"", L""}; }
-  std::string RuntimeStateBytes() const {
-    return testing_support::ReadFileBytes(platform::ToPath(RuntimeFolder() + L"/launcher.state"));
+  // A started service over `runtime` below the test folder, with the shared legacy folder.
+  std::unique_ptr<CPatcherService> Start(const std::wstring& runtime = L"runtime") {
+    auto service = std::make_unique<CPatcherService>(
+        config_, patch::SServiceFolders{dir_.wide() + L"/" + runtime, dir_.wide() + L"/legacy", L"", L""});
+    std::wstring error = L"stale";
+    EXPECT_TRUE(service->InitializeState(error));
+    EXPECT_EQ(error, L"");
+    return service;
   }
 
   LauncherConfig config_;
   testing_support::TempDir dir_;
 };
 
-TEST_F(PatcherServiceState, SavedStateSurvivesARestart) {
-  std::wstring error;
-  CPatcherService service(config_, Folders());
-  ASSERT_TRUE(service.InitializeState(error));
-  service.SetLanguage(EPatcherLanguage::Arabic);
-  service.MutateState([](SPatchState& s) {
+TEST_F(PatcherServiceState, SavedStateSurvivesARestartAndSeenVersionsOnlyRise) {
+  const auto service = Start();
+  service->SetLanguage(EPatcherLanguage::Arabic);
+  service->MutateState([](SPatchState& s) {
     s.channel = L"beta";
     s.seenNewsSignature = L"news-\u062e";
   });
-  service.RecordSeenVersion(L"beta", 9);
-  ASSERT_TRUE(service.SaveState(error)) << testing::PrintToString(error);
-  EXPECT_EQ(error, L"");
-  CPatcherService reloaded(config_, Folders());
-  ASSERT_TRUE(reloaded.InitializeState(error));
-  EXPECT_EQ(reloaded.GetStateSnapshot(), service.GetStateSnapshot());
+  service->RecordSeenVersion(L"beta", 9);
+  service->RecordSeenVersion(L"BETA", 5);
+  service->RecordSeenVersion(L"Stable", 3);
+  service->RecordSeenVersion(L"anything", 4);
+  EXPECT_EQ(service->SeenVersionForChannel(L"Beta"), 9u);
+  EXPECT_EQ(service->SeenVersionForChannel(L"stable"), 4u);
+  EXPECT_EQ(service->SeenVersionForChannel(L"gamma"), 4u);
+  std::wstring error;
+  ASSERT_TRUE(service->SaveState(error)) << testing::PrintToString(error);
+  EXPECT_EQ(Start()->GetStateSnapshot(), service->GetStateSnapshot());
 
   // Without any file the record starts from the defaults (language aside: detected from the system).
-  CPatcherService fresh(config_, {dir_.wide() + L"/empty", LegacyFolder(), L"", L""});
-  error = L"stale";
-  ASSERT_TRUE(fresh.InitializeState(error));
-  EXPECT_EQ(error, L"");
+  const auto fresh = Start(L"empty");
   SPatchState expected;
-  expected.language = fresh.GetStateSnapshot().language;
-  EXPECT_EQ(fresh.GetStateSnapshot(), expected);
-}
-
-TEST_F(PatcherServiceState, SeenVersionsOnlyRiseAndPickTheChannelIgnoringCase) {
-  CPatcherService service(config_, Folders());
-  std::wstring error;
-  ASSERT_TRUE(service.InitializeState(error));
-  service.RecordSeenVersion(L"beta", 9);
-  service.RecordSeenVersion(L"BETA", 5);
-  service.RecordSeenVersion(L"Stable", 3);
-  service.RecordSeenVersion(L"anything", 4);
-  EXPECT_EQ(service.SeenVersionForChannel(L"Beta"), 9u);
-  EXPECT_EQ(service.SeenVersionForChannel(L"stable"), 4u);
-  EXPECT_EQ(service.SeenVersionForChannel(L"gamma"), 4u);
+  expected.language = fresh->GetStateSnapshot().language;
+  EXPECT_EQ(fresh->GetStateSnapshot(), expected);
 }
 
 TEST_F(PatcherServiceState, LegacyFileIsReadWhenTheRuntimeFileIsMissingAndNeverWritten) {
   const std::string legacyBytes = "installed_build=41\nchannel=beta\n";
   const auto legacyFile = dir_.Write("legacy/runtime/launcher.state", legacyBytes);
-  CPatcherService service(config_, Folders());
+  const auto service = Start();
+  EXPECT_EQ(service->GetStateSnapshot().installedBuild, 41u);
+  service->MutateState([](SPatchState& s) { s.installedBuild = 42; });
   std::wstring error;
-  ASSERT_TRUE(service.InitializeState(error));
-  EXPECT_EQ(service.GetStateSnapshot().installedBuild, 41u);
-  service.MutateState([](SPatchState& s) { s.installedBuild = 42; });
-  ASSERT_TRUE(service.SaveState(error));
+  ASSERT_TRUE(service->SaveState(error));
   EXPECT_EQ(testing_support::ReadFileBytes(legacyFile), legacyBytes);
   // From now on the runtime file wins over the legacy one.
-  CPatcherService restarted(config_, Folders());
-  ASSERT_TRUE(restarted.InitializeState(error));
-  EXPECT_EQ(restarted.GetStateSnapshot().installedBuild, 42u);
+  EXPECT_EQ(Start()->GetStateSnapshot().installedBuild, 42u);
 }
 
 TEST_F(PatcherServiceState, SaveIntoAnUnwritablePlaceFailsAndKeepsTheLiveRecord) {
   dir_.Write("blocker", "a file where the runtime folder should be");
-  CPatcherService service(config_, {dir_.wide() + L"/blocker/runtime", LegacyFolder(), L"", L""});
+  const auto service = Start(L"blocker/runtime");
+  service->MutateState([](SPatchState& s) { s.installedBuild = 8; });
   std::wstring error;
-  ASSERT_TRUE(service.InitializeState(error));
-  service.MutateState([](SPatchState& s) { s.installedBuild = 8; });
-  EXPECT_FALSE(service.SaveState(error));
+  EXPECT_FALSE(service->SaveState(error));
   EXPECT_EQ(error, L"Could not save local patch state.");
-  EXPECT_EQ(service.GetStateSnapshot().installedBuild, 8u);
-}
-
-TEST_F(PatcherServiceState, MarkInstalledAtRecordsTheReleaseAndSaves) {
-  CPatcherService service(config_, Folders());
-  std::wstring error;
-  ASSERT_TRUE(service.InitializeState(error));
-  patch::SManifest manifest;
-  manifest.version = 21;
-  manifest.channel = L"beta";
-  service.MarkInstalledAt(manifest, L"f00d");
-  const std::string saved = RuntimeStateBytes();
-  EXPECT_EQ(saved.rfind("installed_build=21\n", 0), 0u) << saved;
-  EXPECT_NE(saved.find("manifest_fingerprint=f00d\n"), std::string::npos) << saved;
+  EXPECT_EQ(service->GetStateSnapshot().installedBuild, 8u);
 }
 
 }  // namespace

@@ -43,26 +43,17 @@ TEST(StagedPromotion, PrepareChecksStagedFileAndCreatesTargetFolders) {
   EXPECT_EQ(error, L"failed to create " + Text(blocked.parent_path()));
 }
 
-TEST(StagedPromotion, PromoteReplacesEveryTargetAndKeepsTheBlob) {
-  TempDir dir;
-  const fs::path staged = dir.Write("staging/ab/blob", "new bytes");
-  const fs::path first = dir.Write("game/a.bin", "old");
-  const fs::path second = dir.path() / "game" / "copy.bin";
-  std::wstring error;
-  ASSERT_TRUE(patch::PromoteStagedFile(staged, first, error)) << error;
-  ASSERT_TRUE(patch::PromoteStagedFile(staged, second, error)) << error;
-  EXPECT_EQ(ReadFileBytes(first), "new bytes");
-  EXPECT_EQ(ReadFileBytes(second), "new bytes");
-  EXPECT_EQ(ReadFileBytes(staged), "new bytes");
-  EXPECT_FALSE(fs::exists(dir.path() / "game" / "a.bin.promote.tmp"));
-}
-
-TEST(StagedPromotion, FailedRenameLeavesNoTemporary) {
+TEST(StagedPromotion, PromoteReplacesTheTargetOrFailsLeavingNoTemporary) {
   TempDir dir;
   const fs::path staged = dir.Write("staged", "new");
+  const fs::path replaced = dir.Write("game/a.bin", "old");
+  std::wstring error;
+  ASSERT_TRUE(patch::PromoteStagedFile(staged, replaced, error)) << error;
+  EXPECT_EQ(ReadFileBytes(replaced), "new");
+  EXPECT_EQ(ReadFileBytes(staged), "new");  // a blob may serve further targets
+
   dir.Write("game/target/inside", "a folder cannot be replaced by a file");
   const fs::path target = dir.path() / "game" / "target";
-  std::wstring error;
   EXPECT_FALSE(patch::PromoteStagedFile(staged, target, error));
   EXPECT_EQ(error.rfind(L"failed to replace " + Text(target) + L": ", 0), 0u) << error;
   EXPECT_EQ(error.find(L"copy"), std::wstring::npos) << error;

@@ -38,9 +38,6 @@ TEST(SystemLanguagePosix, NewStateTakesTheLanguageOfTheFirstNonEmptyVariable) {
       {{"ar_SA.UTF-8", "fr_FR.UTF-8", "en_US.UTF-8"}, false, EPatcherLanguage::Arabic},
       {{"", "fr_FR.UTF-8", "ar_EG.UTF-8"}, false, EPatcherLanguage::English},
       {{nullptr, "fr_FR.UTF-8", nullptr}, true, EPatcherLanguage::Arabic},
-      {{nullptr, "", "ar_EG.UTF-8"}, false, EPatcherLanguage::Arabic},
-      {{nullptr, nullptr, "AR"}, false, EPatcherLanguage::Arabic},
-      {{"", "", ""}, true, EPatcherLanguage::Arabic},
       {{nullptr, nullptr, nullptr}, false, EPatcherLanguage::English},
   };
   for (const SCase& c : cases) {
