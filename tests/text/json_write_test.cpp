@@ -40,11 +40,8 @@ TEST(JsonWrite, EscapingTable) {
       {L"\u001f\u000b", "\\u001F\\u000B"},
       {std::wstring(1, L'\0'), "\\u0000"},
       {L"\u007f", "\x7F"},
-      {L"a/b", "a/b"},
-      {L"\u00e9\u0639", "\xC3\xA9\xD8\xB9"},
+      {L"a/b\u00e9\u0639", "a/b\xC3\xA9\xD8\xB9"},
       {text::Utf8ToWide("\xF0\x9F\x98\x80"), "\xF0\x9F\x98\x80"},
-      {L"", ""},
-      {L"tab\there \"quoted\" \u0001end", "tab\\there \\\"quoted\\\" \\u0001end"},
   };
   for (const auto& c : cases) EXPECT_EQ(Escaped(c.input), c.output) << c.output;
   // A lone surrogate read from an escape is written as the replacement character.
@@ -59,7 +56,6 @@ TEST(JsonWrite, FractionsAreShortestPlainDecimals) {
     const char* text;
   } cases[] = {
       {0.0f, "0"},
-      {0.5f, "0.5"},
       {1.0f, "1"},
       {0.1f, "0.1"},
       {1.0f / 3.0f, "0.33333334"},
@@ -88,17 +84,11 @@ TEST(JsonWrite, FractionsReadBackExactlyAcrossTheFloatRange) {
   }
 }
 
-TEST(JsonWrite, Integers) {
+TEST(JsonWrite, IntegersAtTheirLimits) {
   std::string out;
-  for (const std::uint64_t count : {std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()}) {
-    AppendJsonCount(out, count);
-    out += ' ';
-  }
-  for (const std::int32_t value : {-42, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()}) {
-    AppendJsonInt(out, value);
-    out += ' ';
-  }
-  EXPECT_EQ(out, "0 18446744073709551615 -42 -2147483648 2147483647 ");
+  AppendJsonCount(out, std::numeric_limits<std::uint64_t>::max());
+  AppendJsonInt(out, std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(out, "18446744073709551615-2147483648");
 }
 
 TEST(JsonWrite, CommaOnlyWhenTheLastByteIsNotAnOpener) {
@@ -106,8 +96,7 @@ TEST(JsonWrite, CommaOnlyWhenTheLastByteIsNotAnOpener) {
     const char* before;
     const char* after;
   } cases[] = {
-      {"{", "{\"k\":"},       {"[", "[\"k\":"},         {"{\"a\":1", "{\"a\":1,\"k\":"},
-      {"[{}", "[{},\"k\":"}, {"{\"a\":[]", "{\"a\":[],\"k\":"}, {"", "\"k\":"},
+      {"{", "{\"k\":"}, {"[", "[\"k\":"}, {"{\"a\":1", "{\"a\":1,\"k\":"}, {"{\"a\":[]", "{\"a\":[],\"k\":"}, {"", "\"k\":"},
   };
   for (const auto& c : cases) {
     std::string out = c.before;

