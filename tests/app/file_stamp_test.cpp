@@ -36,27 +36,15 @@ TEST(FileTimeTest, ConvertsUnixTimesToWindowsTicks) {
   for (const auto& c : cases) EXPECT_EQ(platform::FileTimeFromUnixTime(c.seconds, c.nanoseconds), c.ticks) << c.seconds;
 }
 
-TEST(FileStampTest, ReadsSizeAndLastWriteTimeFromTheFileSystem) {
+TEST(FileStampTest, ReadsSizeAndLastWriteTimeOfFilesOnly) {
   const testing_support::TempDir dir;
   const fs::path file = dir.Write("game/data.pak", "twelve bytes");
-  const struct {
-    sys_seconds written;
-    std::int64_t ticks;
-  } cases[] = {
-      {sys_days{year{2020} / 1 / 1}, 132223104000000000},
-      {sys_days{year{1999} / 12 / 31} + hours{23} + minutes{59} + seconds{59}, 125911583990000000},
-  };
-  for (const auto& c : cases) {
-    fs::last_write_time(file, file_clock::from_sys(c.written));
-    platform::SFileStamp stamp;
-    ASSERT_TRUE(platform::ReadFileStamp(platform::FromPath(file), stamp));
-    EXPECT_EQ(stamp.size, 12u);
-    EXPECT_EQ(stamp.lastWriteTime, c.ticks);
-  }
-}
+  fs::last_write_time(file, file_clock::from_sys(sys_days{year{1999} / 12 / 31} + hours{23} + minutes{59} + seconds{59}));
+  platform::SFileStamp stamp;
+  ASSERT_TRUE(platform::ReadFileStamp(platform::FromPath(file), stamp));
+  EXPECT_EQ(stamp.size, 12u);
+  EXPECT_EQ(stamp.lastWriteTime, 125911583990000000);
 
-TEST(FileStampTest, RefusesMissingPathsAndFolders) {
-  const testing_support::TempDir dir;
   const fs::path paths[] = {dir.path() / "missing.pak", dir.path(), fs::path()};
   for (const fs::path& path : paths) {
     platform::SFileStamp stamp{7, 9};

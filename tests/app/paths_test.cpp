@@ -77,11 +77,8 @@ TEST(InstallDataDirectoryTest, AcceptsOnlyThirtyTwoLowerCaseHexDigits) {
   EXPECT_EQ(InstallDataDirectory(L"", good), L"");
 }
 
-TEST(UiCacheDirectoryTest, LivesUnderTheTemporaryFolder) {
+TEST(UiCacheDirectoryTest, LivesUnderTheTemporaryFolderOrElseTheRuntimeFolder) {
   EXPECT_EQ(ToPath(UiCacheDirectory()), fs::temp_directory_path() / "OmbrisaAdminPanel" / "Patcher" / "ui_cache");
-}
-
-TEST(UiCacheDirectoryTest, FallsBackToTheRuntimeFolderWithoutATemporaryFolder) {
   const InstallDataReset reset;
   const testing_support::TempDir scratch;
   const std::wstring missing = FromPath(scratch.path() / "missing");

@@ -64,7 +64,6 @@ TEST(ResolveGameDirectoryTest, SearchesTheModuleFolderAndThreeAncestors) {
        launcher,
        {Under({L"Games", L"Vardeni", L"app"}), Under({L"Games", L"app", kExe})},
        Under({L"Games", L"app"})},
-      {"third ancestor", launcher, {Under({L"app", kExe})}, Under({L"app"})},
       {"nearest ancestor wins",
        launcher,
        {Under({L"Games", L"Vardeni", L"app", kExe}), Under({L"Games", L"app", kExe}), Under({L"app", kExe})},
