@@ -57,17 +57,20 @@ class LogFile : public testing::Test {
   TempDir dir_;
 };
 
-TEST_F(LogFile, LineCarriesTimestampLevelCategoryAndOneLineUtf8Message) {
+TEST_F(LogFile, LineCarriesTimestampLevelCategoryAndOneLineUtf8MessageWithBothMasks) {
+  logging::OpenLog(dir_.wide(), L"C:\\Users\\Ann\\", L"/home/ann");
   logging::LogInfo(L"start", L"launcher 1.0.5");
   logging::LogWarning(L"patch", L"تحديث");
-  logging::LogError(L"play", L"x");
+  logging::LogError(L"play", L"C:/users/ann/a.txt; /HOME/ANN/b; C:\\Users\\Anna; /home/ann.old");
   logging::WriteLog(static_cast<ELogLevel>(7), L"net", L"y\r\nz\n\r\r");
 
   const std::vector<std::string> lines = Lines();
   ASSERT_EQ(lines.size(), 4u);
+  const std::string mask = text::WideToUtf8(logging::kProfileMask);
+  const std::string masked = mask + "/a.txt; " + mask + "/b; C:\\Users\\Anna; /home/ann.old";
   const char* const expected[][3] = {{"INFO ", "start", "launcher 1.0.5"},
                                      {"WARN ", "patch", "\xD8\xAA\xD8\xAD\xD8\xAF\xD9\x8A\xD8\xAB"},
-                                     {"ERROR", "play", "x"},
+                                     {"ERROR", "play", masked.c_str()},
                                      {"ERROR", "net", "y z   "}};
   for (std::size_t i = 0; i < lines.size(); ++i) {
     std::smatch parts;
@@ -76,14 +79,6 @@ TEST_F(LogFile, LineCarriesTimestampLevelCategoryAndOneLineUtf8Message) {
     EXPECT_EQ(parts[2], expected[i][1]);
     EXPECT_EQ(parts[3], expected[i][2]);
   }
-}
-
-TEST_F(LogFile, MasksBothRedactionTexts) {
-  logging::OpenLog(dir_.wide(), L"C:\\Users\\Ann\\", L"/home/ann");
-  logging::LogError(L"patch", L"C:/users/ann/a.txt; /HOME/ANN/b; C:\\Users\\Anna; /home/ann.old");
-  const std::string mask = text::WideToUtf8(logging::kProfileMask);
-  ASSERT_EQ(Lines().size(), 1u);
-  EXPECT_EQ(MessageOf(Lines()[0]), mask + "/a.txt; " + mask + "/b; C:\\Users\\Anna; /home/ann.old");
 }
 
 TEST_F(LogFile, RotatesOnlyWhenTheLineWouldPassOneMebibyte) {
@@ -131,20 +126,12 @@ TEST_F(LogFile, EmptiesTheLogWhenThePreviousGenerationCannotBeReplaced) {
 
 TEST_F(LogFile, WritesNothingWhileTheDirectoryIsEmpty) {
   // A log without a folder must not fall back to the working folder.
-  TempDir workingDir;
   const auto savedWorkingDir = std::filesystem::current_path();
-  std::filesystem::current_path(workingDir.path());
+  std::filesystem::current_path(dir_.path());
   logging::OpenLog(L"", L"", L"");
   logging::LogError(L"start", L"dropped");
   std::filesystem::current_path(savedWorkingDir);
-
-  EXPECT_TRUE(std::filesystem::is_empty(workingDir.path()));
   EXPECT_TRUE(std::filesystem::is_empty(dir_.path()));
-
-  logging::OpenLog(dir_.wide(), L"", L"");
-  logging::LogInfo(L"start", L"kept");
-  ASSERT_EQ(Lines().size(), 1u);
-  EXPECT_EQ(MessageOf(Lines()[0]), "kept");
 }
 
 TEST_F(LogFile, ConcurrentWritersProduceWholeLinesAndRotateOnce) {
