@@ -35,41 +35,38 @@ class FetchManifestTest : public CSyncTest {
 };
 
 TEST(BuildPatchUrl, JoinsTheBaseAndARelativeNameAndCacheBustsOnRequest) {
-  LauncherConfig config;
-  const std::pair<const wchar_t*, const wchar_t*> joins[] = {
-      {L"https://host/patch/", L"pointer.txt"},
-      {L"https://host/patch", L"//pointer.txt"},
-      {L"https://host/patch", L"\\pointer.txt"},
+  struct SCase {
+    const wchar_t* base;
+    const wchar_t* relative;
+    bool cacheBust;
+    const wchar_t* pattern;
+  } const cases[] = {
+      {L"https://host/patch/", L"pointer.txt", false, LR"(https://host/patch/pointer\.txt)"},
+      {L"https://host/patch", L"//pointer.txt", false, LR"(https://host/patch/pointer\.txt)"},
+      {L"https://host/patch", L"\\pointer.txt", false, LR"(https://host/patch/pointer\.txt)"},
+      {L"https://host/", L"blobs\\ab\\abc", false, LR"(https://host/blobs/ab/abc)"},
+      {L"https://host/patch", L"pointer.txt", true, LR"(https://host/patch/pointer\.txt\?v=[0-9]+)"},
+      {L"https://host/patch?key=1", L"pointer.txt", true, LR"(https://host/patch\?key=1/pointer\.txt&v=[0-9]+)"},
   };
-  for (const auto& [base, relative] : joins) {
-    config.patchHost = base;
-    EXPECT_EQ(patch::CPatcherService(config, {}).BuildPatchUrl(relative, false), L"https://host/patch/pointer.txt")
-        << testing::PrintToString(base);
+  for (const SCase& c : cases) {
+    LauncherConfig config;
+    config.patchHost = c.base;
+    const std::wstring url = patch::CPatcherService(config, {}).BuildPatchUrl(c.relative, c.cacheBust);
+    EXPECT_TRUE(std::regex_match(url, std::wregex(c.pattern))) << testing::PrintToString(url);
   }
-  config.patchHost = L"https://host/";
-  EXPECT_EQ(patch::CPatcherService(config, {}).BuildPatchUrl(L"blobs\\ab\\abc", false), L"https://host/blobs/ab/abc");
-  config.patchHost = L"https://host/patch";
-  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true),
-                               std::wregex(LR"(https://host/patch/pointer\.txt\?v=[0-9]+)")));
-  config.patchHost = L"https://host/patch?key=1";
-  EXPECT_TRUE(std::regex_match(patch::CPatcherService(config, {}).BuildPatchUrl(L"pointer.txt", true),
-                               std::wregex(LR"(https://host/patch\?key=1/pointer\.txt&v=[0-9]+)")));
 }
 
-TEST_F(FetchManifestTest, ATrimmedPointerSelectsItsListAndOnlyThePointerIsCacheBusted) {
+TEST_F(FetchManifestTest, APointerSelectsItsListAndOnlyThePointerIsCacheBusted) {
   SRelease release;
   release.version = 17;
   release.files = SampleGameFiles();
-  const std::string list = PublishRelease(release);
-  PublishFile("pointer.txt", "  17\r\n");
-
+  const std::string list = Sha256Hex(PublishRelease(release));
   std::wstring error;
   ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
   EXPECT_TRUE(error.empty());
   EXPECT_EQ(manifest_.version, 17u);
   EXPECT_EQ(manifest_.files.size(), 3u);
-  const std::string expectedFingerprint = Sha256Hex(list);
-  EXPECT_EQ(fingerprint_, std::wstring(expectedFingerprint.begin(), expectedFingerprint.end()));
+  EXPECT_EQ(fingerprint_, std::wstring(list.begin(), list.end()));
 
   const std::vector<std::string> pointer = HostRequests("pointer.txt");
   ASSERT_EQ(pointer.size(), 1u);
@@ -108,41 +105,33 @@ TEST_F(FetchManifestTest, RefusalsNameTheirCause) {
   EXPECT_EQ(HostRequests("patchlist.v18446744073709551615.json").size(), 1u);
 }
 
-TEST_F(FetchManifestTest, AnEmptyChannelReadsTheStablePointerAndBetaTheBetaPointer) {
-  SRelease stable;
-  stable.version = 5;
-  PublishRelease(stable);
+TEST_F(FetchManifestTest, OnlyExactlyBetaReadsTheBetaPointerButAnyBetaKeepsTheBetaFloor) {
   SRelease beta;
   beta.version = 9;
   beta.channel = "beta";
   PublishRelease(beta, "pointer-beta.txt");
-
   std::wstring error;
-  UseChannel(L"");
-  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
-  EXPECT_EQ(manifest_.channel, L"stable");
   UseChannel(L"beta");
   ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
   EXPECT_EQ(manifest_.version, 9u);
   EXPECT_EQ(manifest_.channel, L"beta");
-  EXPECT_EQ(HostRequests("pointer.txt").size(), 1u);
-}
+  EXPECT_EQ(HostRequests("pointer-beta.txt").size(), 1u);
 
-TEST_F(FetchManifestTest, AnUpperCaseBetaReadsTheStablePointerButKeepsTheBetaFloor) {
+  SRelease stable;
+  stable.version = 5;
+  PublishRelease(stable);
+  UseChannel(L"");
+  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
+  EXPECT_EQ(manifest_.channel, L"stable");
+
+  // "BETA" follows the stable pointer, yet is held to the beta floor.
   UseChannel(L"BETA");
   service_->RecordSeenVersion(L"beta", 9);
-  SRelease release;
-  release.version = 5;
-  release.channel = "BETA";
-  PublishRelease(release);
-  PublishFile("pointer-beta.txt", "9\n");
-
+  stable.channel = "BETA";
+  PublishRelease(stable);
   EXPECT_EQ(FetchError(), L"The host offered an older update than one already applied here.");
-  EXPECT_TRUE(HostRequests("pointer-beta.txt", 0).empty());
-
-  // With the beta floor lowered to the list's version the same list passes.
+  EXPECT_EQ(HostRequests("pointer-beta.txt").size(), 1u);
   service_->MutateState([](patch::SPatchState& state) { state.seenVersionBeta = 5; });
-  std::wstring error;
   EXPECT_TRUE(Fetch(error)) << testing::PrintToString(error);
 }
 

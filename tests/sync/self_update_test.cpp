@@ -37,13 +37,6 @@ class SelfUpdateTest : public CSyncTest {
 
   std::string BlobName() const { return Sha256Hex(release_.launcherBytes); }
 
-  SPatchView Sync(patch::CPatcherService& service) {
-    SPatchView status;
-    std::wstring error;
-    EXPECT_TRUE(service.SyncPatchState(http_, false, status, error)) << testing::PrintToString(error);
-    return status;
-  }
-
   // What the started process wrote; empty if it never ran. Under Wine the
   // renamed record can be seen a moment before it can be opened, so the read
   // itself is retried, not only the existence test.

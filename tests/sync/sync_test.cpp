@@ -21,15 +21,6 @@ class SyncTest : public CSyncTest {
     list_ = PublishRelease(release_);
   }
 
-  SPatchView Sync(patch::CPatcherService& service, bool synced = true, bool maintenance = false) {
-    SPatchView status;
-    status.patchNeeded = true;  // left from an earlier check
-    std::wstring error = L"stale";
-    EXPECT_EQ(service.SyncPatchState(http_, maintenance, status, error), synced);
-    EXPECT_EQ(error, synced ? L"" : status.errorText);
-    return status;
-  }
-
   // Same size, other bytes: only hashing could tell.
   void SpoilGameFile(const testing_support::TempDir& game, std::size_t index) const {
     const SGameFile& file = release_.files[index];
@@ -57,7 +48,7 @@ TEST_F(SyncTest, AFreshFolderHoldingTheReleaseIsAdoptedAfterHashingEachFileOnceA
   const std::string cache = RuntimeFile("integrity.cache");
   EXPECT_EQ(std::count(cache.begin(), cache.end(), '\n'), 3);
   for (const SGameFile& file : release_.files) {
-    EXPECT_NE(cache.find("|" + Sha256Hex(file.bytes) + "\n"), std::string::npos) << file.path;
+    EXPECT_NE(cache.find('|' + Sha256Hex(file.bytes) + '\n'), std::string::npos) << file.path;
   }
   const std::string state = RuntimeFile("launcher.state");
   EXPECT_NE(state.find("installed_build=42\n"), std::string::npos) << state;
@@ -68,54 +59,56 @@ TEST_F(SyncTest, AFreshFolderHoldingTheReleaseIsAdoptedAfterHashingEachFileOnceA
   std::filesystem::remove(runtime_.path() / "integrity.cache");
   SpoilGameFile(game_, 1);
   EXPECT_EQ(Sync(*NewService()).phase, EPatchPhase::UpToDate);
-  EXPECT_FALSE(RuntimeFileExists("integrity.cache"));
+  EXPECT_FALSE(std::filesystem::exists(runtime_.path() / "integrity.cache"));
 }
 
-TEST_F(SyncTest, AMissingOrWrongFileNeedsAPatchAndNothingIsAdopted) {
-  for (const bool missing : {true, false}) {
-    SCOPED_TRACE(missing);
+TEST_F(SyncTest, AFolderThatDiffersNeedsAPatchUnlessInMaintenanceAndNothingIsAdopted) {
+  enum class EFolder { Current, Missing, Spoiled };
+  struct SCase {
+    EFolder folder;
+    bool maintenance;
+    EPatchPhase phase;
+    const wchar_t* statusText;
+    bool actionReady;
+  } const cases[] = {
+      {EFolder::Missing, false, EPatchPhase::PatchAvailable, L"Patch available", true},
+      {EFolder::Spoiled, false, EPatchPhase::PatchAvailable, L"Patch available", true},
+      // Maintenance keeps an up-to-date game playable and offers no patch.
+      {EFolder::Current, true, EPatchPhase::Maintenance, L"Maintenance", true},
+      {EFolder::Spoiled, true, EPatchPhase::Maintenance, L"Maintenance", false},
+  };
+  for (const SCase& c : cases) {
+    SCOPED_TRACE(static_cast<int>(c.folder) * 2 + c.maintenance);
     testing_support::TempDir runtime;
     testing_support::TempDir game;
     for (const SGameFile& file : release_.files) game.Write(file.path, file.bytes);
-    if (missing) std::filesystem::remove(game.path() / release_.files[1].path);
-    if (!missing) SpoilGameFile(game, 2);
+    if (c.folder == EFolder::Missing) std::filesystem::remove(game.path() / release_.files[1].path);
+    if (c.folder == EFolder::Spoiled) SpoilGameFile(game, 2);
     patch::CPatcherService service(config_, {runtime.wide(), L"", game.wide(), launcherPath_});
     std::wstring error;
     ASSERT_TRUE(service.InitializeState(error));
-    const SPatchView status = Sync(service);
-    EXPECT_EQ(status.phase, EPatchPhase::PatchAvailable);
-    EXPECT_EQ(status.statusText, L"Patch available");
-    EXPECT_TRUE(status.actionReady && status.patchNeeded && status.folderChecked);
-    EXPECT_EQ(service.GetStateSnapshot().installedBuild, 0u);
-    EXPECT_TRUE(service.GetStateSnapshot().manifestFingerprint.empty());
-    // A missing file is decided without hashing anything.
-    EXPECT_EQ(std::filesystem::exists(runtime.path() / "integrity.cache"), !missing);
-  }
-}
-
-TEST_F(SyncTest, MaintenanceKeepsAnUpToDateGamePlayableAndOffersNoPatch) {
-  for (const bool folderCurrent : {true, false}) {
-    SCOPED_TRACE(folderCurrent);
-    testing_support::TempDir runtime;
-    testing_support::TempDir game;
-    for (const SGameFile& file : release_.files) game.Write(file.path, file.bytes);
-    if (!folderCurrent) SpoilGameFile(game, 1);
-    patch::CPatcherService service(config_, {runtime.wide(), L"", game.wide(), launcherPath_});
-    std::wstring error;
-    ASSERT_TRUE(service.InitializeState(error));
-    const SPatchView status = Sync(service, true, true);
-    EXPECT_EQ(status.phase, EPatchPhase::Maintenance);
-    EXPECT_EQ(status.statusText, L"Maintenance");
-    EXPECT_EQ(status.actionReady, folderCurrent);
-    EXPECT_FALSE(status.patchNeeded || status.folderChecked);
+    const SPatchView status = Sync(service, c.maintenance);
+    EXPECT_EQ(status.phase, c.phase);
+    EXPECT_EQ(status.statusText, c.statusText);
+    EXPECT_EQ(status.actionReady, c.actionReady);
+    EXPECT_EQ(status.patchNeeded, !c.maintenance);
+    EXPECT_EQ(status.folderChecked, !c.maintenance);
     EXPECT_EQ(status.targetBuild, 42u);
+    if (c.folder != EFolder::Current) {
+      EXPECT_EQ(service.GetStateSnapshot().installedBuild, 0u);
+      EXPECT_TRUE(service.GetStateSnapshot().manifestFingerprint.empty());
+    }
+    // A missing file is decided without hashing anything.
+    if (!c.maintenance) {
+      EXPECT_EQ(std::filesystem::exists(runtime.path() / "integrity.cache"), c.folder == EFolder::Spoiled);
+    }
   }
 }
 
 TEST_F(SyncTest, AnUnreachableHostLosesTheConnection) {
   config_.patchHost = L"https://127.0.0.1:1/";
   config_.httpAttempts = 1;
-  const SPatchView status = Sync(*NewService(), false);
+  const SPatchView status = Sync(*NewService(), false, false);
   EXPECT_EQ(status.phase, EPatchPhase::ConnectionLost);
   EXPECT_EQ(status.errorText, L"Could not read the channel pointer.");
   EXPECT_FALSE(status.patchNeeded || status.actionReady);

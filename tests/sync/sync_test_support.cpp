@@ -125,6 +125,15 @@ std::unique_ptr<patch::CPatcherService> CSyncTest::NewService() const {
   return service;
 }
 
+patch::SPatchView CSyncTest::Sync(patch::CPatcherService& service, bool maintenance, bool synced) {
+  patch::SPatchView status;
+  status.patchNeeded = true;  // left from an earlier check
+  std::wstring error = L"stale";
+  EXPECT_EQ(service.SyncPatchState(http_, maintenance, status, error), synced) << testing::PrintToString(error);
+  EXPECT_EQ(error, synced ? L"" : status.errorText);
+  return status;
+}
+
 std::vector<std::string> CSyncTest::HostRequests(std::string_view needle, std::size_t atLeast) const {
   std::vector<std::string> lines;
   // nginx writes a request's line just after the client has its bytes.
@@ -144,10 +153,6 @@ std::vector<std::string> CSyncTest::HostRequests(std::string_view needle, std::s
 
 std::string CSyncTest::RuntimeFile(std::string_view name) const {
   return testing_support::ReadFileBytes(runtime_.path() / Utf8Path(name));
-}
-
-bool CSyncTest::RuntimeFileExists(std::string_view name) const {
-  return std::filesystem::exists(runtime_.path() / Utf8Path(name));
 }
 
 }  // namespace sync_tests

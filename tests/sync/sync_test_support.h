@@ -58,13 +58,14 @@ class CSyncTest : public ::testing::Test {
 
   // A started service over this test's folders, as a new launcher run would have it.
   std::unique_ptr<patch::CPatcherService> NewService() const;
+  // SyncPatchState, expected to succeed or fail; a failure's text is the view's.
+  patch::SPatchView Sync(patch::CPatcherService& service, bool maintenance = false, bool synced = true);
 
   // Requests nginx logged for this test's host folder whose line contains
   // `needle`; waits briefly for at least `atLeast` of them.
   std::vector<std::string> HostRequests(std::string_view needle, std::size_t atLeast = 1) const;
 
   std::string RuntimeFile(std::string_view name) const;
-  bool RuntimeFileExists(std::string_view name) const;
 
   const testing_support::CTestServers& servers_ = testing_support::CTestServers::Get();
   std::string hostFolder_;
