@@ -1,17 +1,17 @@
-// The program's surface: help, usage errors and their exit statuses.
+// The program's surface: help, usage errors and their exit statuses, and
+// check-ui, which needs no host.
 
 #include <gtest/gtest.h>
 
 #include "tests/publisher/publisher_test_support.h"
+#include "tests/support/temp_dir.h"
 
 namespace publisher_testing {
 namespace {
 
-
 TEST(PublisherCommandLine, HelpGoesToStandardOutputWithStatusZero) {
   for (const std::vector<std::wstring>& arguments :
-       std::vector<std::vector<std::wstring>>{{L"--help"}, {L"help"}, {L"publish", L"--help"},
-                                              {L"verify", L"-h"}, {L"check-ui", L"--help"}}) {
+       std::vector<std::vector<std::wstring>>{{L"help"}, {L"publish", L"--help"}, {L"verify", L"-h"}}) {
     const SToolRun run = RunTool(arguments);
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_TRUE(Contains(run.out, "Usage: vardeni-publish"));
@@ -50,6 +50,36 @@ TEST(PublisherCommandLine, UsageErrorsExitWithTwo) {
     EXPECT_TRUE(Contains(run.err, message));
     EXPECT_EQ(run.out, "") << message;
   }
+}
+
+TEST(CheckUi, ReportsWhatThePageShowsAndEveryDrop) {
+  testing_support::TempDir dir;
+  const auto file = dir.Write(
+      "ui.json",
+      R"({"timezone":"UTC","patchNote":{"title":"Patch 7"},"links":{"discord":"https://d","shop":7},)"
+      R"("maintenance":{"active":true,"text":"Back soon"},"events":[)"
+      R"({"name":"Boss","iconId":3,"dayOfWeek":2,"timeStart":"20:00","timeEnd":"21:00"},)"
+      R"({"name":"Night","iconId":3,"dayOfWeek":2,"timeStart":"23:00","timeEnd":"01:00"}]})");
+  const SToolRun run = RunTool({L"check-ui", Text(file)});
+  EXPECT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "clock: UTC\n"
+            "patch note: \"Patch 7\"\n"
+            "events: 1 kept\n"
+            "links: discord\n"
+            "maintenance: on, text \"Back soon\"\n"
+            "dropped or changed: events[1]: skipped: timeEnd (\"01:00\") must be later than timeStart (\"23:00\"); "
+            "an event cannot run across midnight, split it in two\n"
+            "dropped or changed: links.shop: is 7, not a text; left empty\n"
+            "2 note(s)\n");
+}
+
+TEST(CheckUi, FailsWhereTheLauncherCouldNotReadTheDocument) {
+  testing_support::TempDir dir;
+  const SToolRun invalid = RunTool({L"check-ui", Text(dir.Write("ui.json", "[]"))});
+  EXPECT_EQ(invalid.exitCode, 1);
+  EXPECT_TRUE(Contains(invalid.err, "Launcher UI document is invalid."));
+  EXPECT_EQ(RunTool({L"check-ui", Text(dir.path() / "absent.json")}).exitCode, 1);
 }
 
 }  // namespace

@@ -4,13 +4,20 @@
 
 #include <fstream>
 
+#include "crypto/sha256.h"
+#include "patch/blob_path.h"
 #include "patch/channel_pointer.h"
+#include "platform/module_path.h"
 #include "platform/path_text.h"
 #include "tests/crypto/signing_support.h"
 #include "tests/support/temp_dir.h"
 #include "text/utf.h"
 
 namespace publisher_testing {
+
+std::filesystem::path ToolPath() {
+  return platform::ToPath(platform::QueryModulePath()).parent_path() / VL_PUBLISHER_TOOL_FROM_TESTS;
+}
 
 std::wstring Text(const std::filesystem::path& path) { return platform::FromPath(path); }
 
@@ -71,6 +78,14 @@ patch::EManifestVerdict AcceptPublished(const std::filesystem::path& host, std::
 
 std::filesystem::path CPublisherTest::HostFile(const std::wstring& name) const {
   return Host() / platform::ToPath(name);
+}
+
+std::filesystem::path CPublisherTest::BlobFile(std::string_view content) const {
+  std::wstring digest;
+  std::wstring error;
+  EXPECT_TRUE(crypto::HashMemorySha256(reinterpret_cast<const std::uint8_t*>(content.data()), content.size(), digest,
+                                       error));
+  return HostFile(patch::BlobPathForHash(digest));
 }
 
 void OverwriteFile(const std::filesystem::path& file, std::string_view bytes) {

@@ -1,7 +1,7 @@
 #pragma once
-// Shared steps of the publisher tests: keys made by the tool itself, a publish
-// call, and reading back what landed on the host folder the way a launcher
-// would accept it.
+// Shared steps of the publisher tests: running the tool, keys made by the tool
+// itself, a publish call, and reading back what landed on the host folder the
+// way a launcher would accept it.
 
 #include <gtest/gtest.h>
 
@@ -13,10 +13,22 @@
 
 #include "app/launcher_config.h"
 #include "patch/manifest.h"
-#include "tests/publisher/tool_runner.h"
 #include "tests/support/temp_dir.h"
 
 namespace publisher_testing {
+
+struct SToolRun {
+  int exitCode = -1;
+  std::string out;  // standard output, UTF-8
+  std::string err;  // standard error, UTF-8
+};
+
+// The built vardeni-publish, found relative to the test program (the build
+// sets VL_PUBLISHER_TOOL_FROM_TESTS).
+std::filesystem::path ToolPath();
+
+// Runs the tool with these arguments, as an operator would, and waits for it.
+SToolRun RunTool(const std::vector<std::wstring>& arguments);
 
 std::wstring Text(const std::filesystem::path& path);
 
@@ -58,6 +70,8 @@ class CPublisherTest : public testing::Test {
   std::filesystem::path Game() const { return dir_.path() / "game"; }
   std::filesystem::path Host() const { return dir_.path() / "host"; }
   std::filesystem::path HostFile(const std::wstring& name) const;
+  // Where the blob of a file holding `content` belongs on the host.
+  std::filesystem::path BlobFile(std::string_view content) const;
   std::filesystem::path WriteGame(std::string_view relative, std::string_view bytes) const {
     return dir_.Write("game/" + std::string(relative), bytes);
   }

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "tests/publisher/tool_runner.h"
+#include "tests/publisher/publisher_test_support.h"
 #include "tests/support/temp_dir.h"
 #include "text/utf.h"
 

@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "platform/process_start.h"
-#include "tests/publisher/tool_runner.h"
+#include "tests/publisher/publisher_test_support.h"
 #include "tests/support/temp_dir.h"
 
 namespace publisher_testing {

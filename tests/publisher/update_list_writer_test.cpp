@@ -9,21 +9,6 @@
 
 namespace {
 
-TEST(UpdateListWriter, EscapesEverythingOutsidePrintableAscii) {
-  const std::pair<std::wstring, std::string> cases[] = {
-      {L"plain/path.txt", R"("plain/path.txt")"},
-      {L"quote\" back\\slash", R"("quote\" back\\slash")"},
-      {L"\t\n\r\b\f\x01\x1f\x7f", R"("\t\n\r\b\f\u0001\u001f\u007f")"},
-      {text::Utf8ToWide("\xC3\xA9\xD8\xA7\xE2\x82\xAC"), R"("\u00e9\u0627\u20ac")"},
-      {text::Utf8ToWide("\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"), R"("\ud83d\ude00\udbff\udfff")"},
-  };
-  for (const auto& [text, expected] : cases) {
-    std::string out;
-    publisher::AppendAsciiJsonString(out, text);
-    EXPECT_EQ(out, expected);
-  }
-}
-
 TEST(UpdateListWriter, WhatItWritesReadsBackAsTheSameList) {
   patch::SManifest list;
   list.version = 9007199254740992u;  // 2^53: the largest release a JSON reader keeps exactly

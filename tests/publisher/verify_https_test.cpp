@@ -11,7 +11,6 @@
 namespace publisher_testing {
 namespace {
 
-
 TEST(VerifyHttps, ChecksAHostAsLaunchersSeeIt) {
   const testing_support::CTestServers& servers = testing_support::CTestServers::Get();
   ASSERT_TRUE(servers.available()) << servers.problem();
