@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <span>
-
-#include "patch/seeding.h"
-#include "platform/embedded_resource.h"
 #include "platform/path_text.h"
 #include "tests/launch/probe_support.h"
 #include "tests/support/temp_dir.h"
@@ -17,11 +13,6 @@ namespace fs = std::filesystem;
 using testing_support::ReadFileBytes;
 using testing_support::TempDir;
 
-std::string ResourceText(int id) {
-  const std::span<const std::uint8_t> bytes = platform::LoadEmbeddedResource(id);
-  return std::string(bytes.begin(), bytes.end());
-}
-
 LauncherConfig GameIn(const fs::path& folder) {
   LauncherConfig config;
   config.gameFolder = platform::FromPath(folder);
@@ -29,27 +20,7 @@ LauncherConfig GameIn(const fs::path& folder) {
   return config;
 }
 
-TEST(GameLaunch, SeedsMissingSettingsThenStartsTheGameInItsFolder) {
-  TempDir dir;
-  const fs::path game = dir.path() / "app";
-  launch_test::CopyProbe(game, L"vardeni2.exe");
-  dir.Write("app/mouse.cfg", "");
-
-  for (const auto launch : {&LaunchGame, &PrepareGameLaunch}) {
-    fs::remove(game / "korvex.cfg");
-    fs::remove(game / "probe.out");
-    std::wstring error;
-    ASSERT_TRUE(launch(error, GameIn(game))) << text::WideToUtf8(error);
-    const std::vector<std::string> record = launch_test::WaitForProbeRecord(game);
-    ASSERT_EQ(record.size(), 1u) << "started with no arguments";
-    EXPECT_TRUE(fs::equivalent(fs::path(record[0]), game));
-    EXPECT_EQ(ReadFileBytes(game / "korvex.cfg"), ResourceText(204));
-    EXPECT_EQ(ReadFileBytes(game / "locale.cfg"), ResourceText(203));
-    EXPECT_EQ(ReadFileBytes(game / "mouse.cfg"), "");
-  }
-}
-
-TEST(GameLaunch, AMissingExecutableStopsBeforeSeeding) {
+TEST(GameLaunch, AMissingExecutableStopsBeforeSeedingAndAPresentOneStartsInItsFolderAfterSeeding) {
   TempDir dir;
   const fs::path game = dir.path() / "app";
   fs::create_directories(game);
@@ -59,6 +30,20 @@ TEST(GameLaunch, AMissingExecutableStopsBeforeSeeding) {
     EXPECT_EQ(error, L"Configured game executable not found: " + platform::FromPath(game / "vardeni2.exe"));
   }
   EXPECT_TRUE(fs::is_empty(game));
+
+  launch_test::CopyProbe(game, L"vardeni2.exe");
+  dir.Write("app/mouse.cfg", "");
+  for (const auto launch : {&LaunchGame, &PrepareGameLaunch}) {
+    fs::remove(game / "korvex.cfg");
+    fs::remove(game / "probe.out");
+    std::wstring error;
+    ASSERT_TRUE(launch(error, GameIn(game))) << text::WideToUtf8(error);
+    const std::vector<std::string> record = launch_test::WaitForProbeRecord(game);
+    ASSERT_EQ(record.size(), 1u) << "started with no arguments";
+    EXPECT_TRUE(fs::equivalent(fs::path(record[0]), game));
+    EXPECT_EQ(ReadFileBytes(game / "korvex.cfg"), launch_test::ResourceText(204));
+    EXPECT_EQ(ReadFileBytes(game / "mouse.cfg"), "");
+  }
 }
 
 TEST(GameLaunch, SystemMessagesLoseTrailingStopsAndGainTheCode) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <span>
-
 #include "app/paths.h"
 #include "patch/legacy_migration.h"
 #include "platform/path_text.h"
@@ -36,26 +34,27 @@ TEST(InstallId, IsCreatedOnceAndThenStable) {
 }
 
 TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherReplaced) {
-  const std::string kept[] = {kStoredId, std::string(kStoredId) + "\r\n", " \t" + std::string(kStoredId) + "\n\n"};
-  const std::string replaced[] = {
-      std::string(kStoredId).substr(1),     // 31 characters
-      std::string(kStoredId) + "0",         // 33 characters
-      "0123456789abcdef0123456789abcdeg",   // not hexadecimal
-      "0123456789ABCDEF0123456789ABCDEF",   // upper case
-      "0123456789abcdef 0123456789abcdef",  // blank inside
-      "",
+  const std::string id = kStoredId;
+  const std::pair<std::string, bool> cases[] = {
+      {id, true},
+      {id + "\r\n", true},
+      {" \t" + id + "\n\n", true},
+      {id.substr(1), false},
+      {id + "0", false},
+      {"0123456789abcdef0123456789abcdeg", false},
+      {"0123456789ABCDEF0123456789ABCDEF", false},
+      {"0123456789abcdef 0123456789abcdef", false},
+      {"", false},
   };
-  for (const bool keep : {true, false}) {
-    for (const std::string& stored : keep ? std::span<const std::string>(kept) : std::span<const std::string>(replaced)) {
-      TempDir dir;
-      dir.Write("install.id", stored);
-      std::wstring id;
-      std::wstring error;
-      ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), id, error)) << stored;
-      EXPECT_TRUE(IsInstallIdentity(id)) << stored;
-      EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), keep ? stored : text::WideToUtf8(id));
-      EXPECT_EQ(id == text::Utf8ToWide(kStoredId), keep) << stored;
-    }
+  for (const auto& [stored, keep] : cases) {
+    TempDir dir;
+    dir.Write("install.id", stored);
+    std::wstring read;
+    std::wstring error;
+    ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), read, error)) << stored;
+    EXPECT_TRUE(IsInstallIdentity(read)) << stored;
+    EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), keep ? stored : text::WideToUtf8(read));
+    EXPECT_EQ(read == text::Utf8ToWide(id), keep) << stored;
   }
 }
 

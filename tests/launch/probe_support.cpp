@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "platform/embedded_resource.h"
 #include "platform/module_path.h"
 #include "platform/path_text.h"
 #include "platform/process_start.h"
@@ -45,5 +46,10 @@ std::vector<std::string> WaitForProbeRecord(const fs::path& folder) {
 }
 
 void ReleaseProbe(const fs::path& folder) { std::ofstream(folder / "probe.release").put('1'); }
+
+std::string ResourceText(int id) {
+  const std::span<const std::uint8_t> bytes = platform::LoadEmbeddedResource(id);
+  return std::string(bytes.begin(), bytes.end());
+}
 
 }  // namespace launch_test

@@ -1,9 +1,12 @@
 #pragma once
-// Helpers around the probe program (process_probe.cpp) for process tests.
+// Helpers of the launch tests: the probe program (process_probe.cpp) and the
+// files the program carries.
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace launch_test {
@@ -28,20 +31,17 @@ std::vector<std::string> WaitForProbeRecord(const std::filesystem::path& folder)
 // Lets a probe started with "--hold" in `folder` end.
 void ReleaseProbe(const std::filesystem::path& folder);
 
+// The bytes of one of the program's embedded resources.
+std::string ResourceText(int id);
+
 // Polls `condition` every 50 ms for up to 30 s; its last answer.
 template <typename Condition>
-bool Eventually(Condition condition);
-
-}  // namespace launch_test
-
-#include <chrono>
-#include <thread>
-
-template <typename Condition>
-bool launch_test::Eventually(Condition condition) {
+bool Eventually(Condition condition) {
   for (int i = 0; i < 600; ++i) {
     if (condition()) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   return condition();
 }
+
+}  // namespace launch_test

@@ -1,9 +1,10 @@
-// An exiting launcher holds its executable open; the hand-over waits a while
-// and then gives up, leaving the old launcher in place.
+// What only Windows shows: the two ways of starting the game, and a launcher
+// held open by its exiting process.
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
+#include "app/game_launch.h"
 #include "app/self_update_mode.h"
 #include "platform/path_text.h"
 #include "tests/launch/probe_support.h"
@@ -14,6 +15,19 @@ namespace {
 using testing_support::ReadFileBytes;
 using testing_support::TempDir;
 
+TEST(GameLaunchWin, WhenBothWaysFailTheErrorNamesEach) {
+  TempDir dir;
+  const std::wstring missing = platform::FromPath(dir.path() / "vardeni2.exe");
+  std::wstring error;
+  EXPECT_FALSE(StartGameProcess(missing, error));
+  const std::wstring first = L"Could not start game executable: " + missing + L" | CreateProcess: " +
+                             FormatWindowsError(ERROR_FILE_NOT_FOUND) + L" | ShellExecute: ";
+  ASSERT_GT(error.size(), first.size());
+  EXPECT_EQ(error.substr(0, first.size()), first);
+  EXPECT_EQ(error.back(), L')');
+}
+
+// The hand-over waits a while for the lock and then gives up, leaving the old launcher in place.
 TEST(SelfUpdateModeWin, ATargetLockedLongerThanTheWaitStaysInPlace) {
   TempDir dir;
   const auto target = dir.Write("VardeniLauncher.exe", "old");
