@@ -27,28 +27,43 @@ std::vector<std::wstring> With(std::vector<std::wstring> arguments, std::initial
   return arguments;
 }
 
-TEST(ClientOptions, AcceptsEveryCommandWithTheRequiredSettings) {
+TEST(ClientOptions, AcceptsEveryCommandWithTheRequiredSettingsAndBuildsTheEngineSettingsFromThem) {
   const std::pair<std::wstring, EClientCommand> commands[] = {
-      {L"sync", EClientCommand::Sync},
-      {L"patch", EClientCommand::Patch},
-      {L"repair", EClientCommand::Repair},
-      {L"orphans", EClientCommand::Orphans},
+      {L"sync", EClientCommand::Sync},       {L"patch", EClientCommand::Patch},
+      {L"repair", EClientCommand::Repair},   {L"orphans", EClientCommand::Orphans},
       {L"remove-orphans", EClientCommand::RemoveOrphans},
   };
+  SClientOptions options;
+  std::wstring error;
   for (const auto& [name, command] : commands) {
-    SClientOptions options;
-    std::wstring error;
+    options = {};
     ASSERT_EQ(ParseClientArguments(Base(name), options, error), EParseOutcome::Run) << error;
     EXPECT_EQ(options.command, command);
-    EXPECT_EQ(options.host, L"https://patch.example.test/");
-    EXPECT_EQ(options.gameFolder, L"game");
-    EXPECT_TRUE(options.runtimeFolder.empty());
-    EXPECT_TRUE(options.channel.empty());
-    EXPECT_FALSE(options.json);
-    ASSERT_EQ(options.keys.size(), 1u);
-    EXPECT_EQ(options.keys[0][0], 0xd7);
-    EXPECT_EQ(options.keys[0][31], 0x1a);
   }
+  EXPECT_EQ(options.host, L"https://patch.example.test/");
+  EXPECT_TRUE(options.runtimeFolder.empty() && options.channel.empty() && !options.json);
+  ASSERT_EQ(options.keys.size(), 1u);
+  EXPECT_EQ(options.keys[0][0], 0xd7);
+  EXPECT_EQ(options.keys[0][31], 0x1a);
+
+  const LauncherConfig config = ClientLauncherConfig(options);
+  EXPECT_EQ(config.patchHost, L"https://patch.example.test/");
+  EXPECT_EQ(config.publicKeys[0], options.keys[0]);
+  EXPECT_EQ(config.publicKeys[1], PublicKey{});
+  EXPECT_FALSE(config.startGameAfterPatch);
+  EXPECT_EQ(config.gameExecutable, CompiledLauncherConfig().gameExecutable);
+  // A published launcher must never replace the client: nothing is newer than its version.
+  EXPECT_TRUE(patch::IsNewerVersion(config.launcherVersion, L"1.0.5"));
+  EXPECT_FALSE(patch::IsNewerVersion(L"999999999.999999999.999999999.999999999", config.launcherVersion));
+  // The runtime folder defaults to one inside the game folder; both are made absolute.
+  const std::filesystem::path game = std::filesystem::current_path() / "game";
+  EXPECT_EQ(ClientServiceFolders(options).gameFolder, platform::FromPath(game));
+  EXPECT_EQ(ClientServiceFolders(options).runtimeFolder, platform::FromPath(game / ".runtime"));
+  SClientOptions explicitRuntime;
+  ASSERT_EQ(ParseClientArguments(With(Base(L"sync"), {L"--runtime", L"state/"}), explicitRuntime, error),
+            EParseOutcome::Run);
+  EXPECT_EQ(ClientServiceFolders(explicitRuntime).runtimeFolder,
+            platform::FromPath(std::filesystem::current_path() / "state"));
 }
 
 TEST(ClientOptions, TakesOptionsInEitherSpellingAndAnyPosition) {
@@ -83,7 +98,6 @@ TEST(ClientOptions, RefusesEachFaultWithItsOwnSentence) {
     std::vector<std::wstring> arguments;
     std::wstring error;
   } cases[] = {
-      {{}, L"No command given."},
       {{L"--host", L"https://h/", L"--key-hex", kKeyA, L"--game", L"g"}, L"No command given."},
       {{L"sync", L"--key-hex", kKeyA, L"--game", L"g"}, L"--host is required."},
       {{L"sync", L"--host", L"https://h/", L"--game", L"g"}, L"--key-hex is required."},
@@ -109,34 +123,6 @@ TEST(ClientOptions, RefusesEachFaultWithItsOwnSentence) {
     EXPECT_EQ(ParseClientArguments(c.arguments, options, error), EParseOutcome::UsageError) << c.error;
     EXPECT_EQ(error, c.error);
   }
-}
-
-TEST(ClientOptions, BuildsTheEngineSettingsFromTheCommandLine) {
-  SClientOptions options;
-  std::wstring error;
-  ASSERT_EQ(ParseClientArguments(Base(L"sync"), options, error), EParseOutcome::Run);
-  const LauncherConfig config = ClientLauncherConfig(options);
-  EXPECT_EQ(config.patchHost, L"https://patch.example.test/");
-  EXPECT_EQ(config.publicKeys[0], options.keys[0]);
-  EXPECT_EQ(config.publicKeys[1], PublicKey{});
-  EXPECT_FALSE(config.startGameAfterPatch);
-  EXPECT_EQ(config.gameExecutable, CompiledLauncherConfig().gameExecutable);
-  // A published launcher must never replace the client: nothing is newer than its version.
-  EXPECT_TRUE(patch::IsNewerVersion(config.launcherVersion, L"1.0.5"));
-  EXPECT_FALSE(patch::IsNewerVersion(L"999999999.999999999.999999999.999999999", config.launcherVersion));
-
-  const patch::SServiceFolders folders = ClientServiceFolders(options);
-  const std::filesystem::path game = std::filesystem::current_path() / "game";
-  EXPECT_EQ(folders.gameFolder, platform::FromPath(game));
-  EXPECT_EQ(folders.runtimeFolder, platform::FromPath(game / ".runtime"));
-}
-
-TEST(ClientOptions, AnExplicitRuntimeFolderIsMadeAbsolute) {
-  SClientOptions options;
-  std::wstring error;
-  ASSERT_EQ(ParseClientArguments(With(Base(L"sync"), {L"--runtime", L"state/"}), options, error), EParseOutcome::Run);
-  EXPECT_EQ(ClientServiceFolders(options).runtimeFolder,
-            platform::FromPath(std::filesystem::current_path() / "state"));
 }
 
 }  // namespace
