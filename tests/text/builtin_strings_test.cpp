@@ -61,19 +61,16 @@ constexpr SExpected kExpected[] = {
 
 std::string Bytes(std::u8string_view text) { return std::string(text.begin(), text.end()); }
 
-TEST(BuiltinStrings, HoldsExactlyTheRequiredEntriesInOrder) {
-  const auto table = text::BuiltinStrings();
-  ASSERT_EQ(table.size(), 41u);
-  for (size_t i = 0; i < table.size(); ++i) {
-    EXPECT_EQ(table[i].key, kExpected[i].key) << "entry " << i;
-    EXPECT_EQ(Bytes(table[i].text), Bytes(kExpected[i].text)) << "entry " << i << " " << kExpected[i].key;
-  }
-}
-
-TEST(BuiltinStrings, LookupTableIsTheWideFormOfEveryEntry) {
+// Both forms, entry for entry: the UTF-8 list in order and the wide lookup table.
+TEST(BuiltinStrings, HoldExactlyTheRequiredEntries) {
+  const auto list = text::BuiltinStrings();
   const text::StringTable& table = text::BuiltinStringTable();
-  ASSERT_EQ(table.size(), std::size(kExpected));
-  for (const SExpected& expected : kExpected) {
+  ASSERT_EQ(list.size(), 41u);
+  ASSERT_EQ(table.size(), 41u);
+  for (size_t i = 0; i < list.size(); ++i) {
+    const SExpected& expected = kExpected[i];
+    EXPECT_EQ(list[i].key, expected.key) << "entry " << i;
+    EXPECT_EQ(Bytes(list[i].text), Bytes(expected.text)) << expected.key;
     const auto found = table.find(text::Utf8ToWide(expected.key));
     ASSERT_NE(found, table.end()) << expected.key;
     EXPECT_EQ(text::WideToUtf8(found->second), Bytes(expected.text)) << expected.key;
