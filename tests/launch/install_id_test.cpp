@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <set>
+
 #include "app/paths.h"
 #include "patch/legacy_migration.h"
 #include "platform/path_text.h"
@@ -16,29 +19,13 @@ using testing_support::TempDir;
 
 constexpr char kStoredId[] = "0123456789abcdef0123456789abcdef";
 
-TEST(InstallId, IsCreatedOnceAndThenStable) {
-  TempDir dir;
-  std::wstring first;
-  std::wstring second;
-  std::wstring error;
-  ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), first, error)) << text::WideToUtf8(error);
-  EXPECT_TRUE(IsInstallIdentity(first));
-  EXPECT_EQ(text::Utf8ToWide(ReadFileBytes(dir.path() / "install.id")), first);
-  ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), second, error));
-  EXPECT_EQ(second, first);
-
-  TempDir other;
-  std::wstring third;
-  ASSERT_TRUE(patch::EnsureInstallId(other.wide(), third, error));
-  EXPECT_NE(third, first);
-}
-
-TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherReplaced) {
+TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherOrNoneReplacedByANewOne) {
   const std::string id = kStoredId;
-  const std::pair<std::string, bool> cases[] = {
+  const std::pair<std::optional<std::string>, bool> cases[] = {
       {id, true},
       {id + "\r\n", true},
       {" \t" + id + "\n\n", true},
+      {std::nullopt, false},
       {id.substr(1), false},
       {id + "0", false},
       {"0123456789abcdef0123456789abcdeg", false},
@@ -46,16 +33,22 @@ TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherReplaced) {
       {"0123456789abcdef 0123456789abcdef", false},
       {"", false},
   };
+  std::set<std::wstring> created;
   for (const auto& [stored, keep] : cases) {
     TempDir dir;
-    dir.Write("install.id", stored);
+    if (stored) dir.Write("install.id", *stored);
     std::wstring read;
+    std::wstring again;
     std::wstring error;
-    ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), read, error)) << stored;
-    EXPECT_TRUE(IsInstallIdentity(read)) << stored;
-    EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), keep ? stored : text::WideToUtf8(read));
-    EXPECT_EQ(read == text::Utf8ToWide(id), keep) << stored;
+    ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), read, error)) << stored.value_or("(none)");
+    EXPECT_TRUE(IsInstallIdentity(read)) << stored.value_or("(none)");
+    EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), keep ? *stored : text::WideToUtf8(read));
+    EXPECT_EQ(read == text::Utf8ToWide(id), keep) << stored.value_or("(none)");
+    ASSERT_TRUE(patch::EnsureInstallId(dir.wide(), again, error));
+    EXPECT_EQ(again, read) << "stable once written";
+    if (!keep) created.insert(read);
   }
+  EXPECT_EQ(created.size(), 7u) << "each new id is a fresh one";
 }
 
 TEST(InstallId, FailuresNameThePath) {
