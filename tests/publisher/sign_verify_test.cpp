@@ -1,9 +1,13 @@
-// keygen, sign and verify, run as the built program on temporary folders.
+// keygen, sign and verify, run as the built program on temporary folders and,
+// for verify over https, against the test nginx.
 
 #include <gtest/gtest.h>
 
+#include "crypto/hex.h"
+#include "platform/random_id.h"
 #include "tests/publisher/publisher_test_support.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/test_servers.h"
 #include "text/utf.h"
 
 namespace publisher_testing {
@@ -126,6 +130,31 @@ TEST_F(SignAndVerify, VerifyRefusesWhatALauncherWouldRefuse) {
   const SToolRun ahead = Verify();
   EXPECT_EQ(ahead.exitCode, 1);
   EXPECT_TRUE(Contains(ahead.err, "patchlist.v2.json"));
+}
+
+TEST_F(SignAndVerify, VerifyOverHttpsChecksAHostAsLaunchersSeeIt) {
+  const testing_support::CTestServers& servers = testing_support::CTestServers::Get();
+  ASSERT_TRUE(servers.available()) << servers.problem();
+  WriteGame("game.exe", testing_support::PatternBytes(300000));
+  WriteGame("data/a.pak", "pack a");
+
+  platform::RandomId id{};
+  ASSERT_TRUE(platform::GenerateRandomId(id));
+  const std::string folder = "publisher-" + text::WideToUtf8(crypto::ToLowerHex(id.data(), 8));
+  const std::filesystem::path host = servers.wwwDir() / folder;
+  ASSERT_EQ(Publish(host, Game(), L"stable", 1, {key_}).exitCode, 0);
+
+  const std::vector<std::wstring> verify = {L"verify", L"--host", servers.HttpsUrl(folder), L"--key-hex", key_.hex};
+  const SToolRun intact = RunTool(verify);
+  EXPECT_EQ(intact.exitCode, 0) << intact.err;
+  EXPECT_TRUE(Contains(intact.out, "blobs: 2 needed, 2 intact\n"));
+
+  std::filesystem::remove_all(host / "blobs");
+  const SToolRun missing = RunTool(verify);
+  EXPECT_EQ(missing.exitCode, 1);
+  EXPECT_TRUE(Contains(missing.err, ": missing (needed by data/a.pak)"));
+  EXPECT_TRUE(Contains(missing.err, ": missing (needed by game.exe)"));
+  std::filesystem::remove_all(host);
 }
 
 }  // namespace
