@@ -20,7 +20,7 @@ using signing_support::SKeyPair;
 constexpr const char* kHash = "3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
 constexpr const wchar_t* kWideHash = L"3fa9c1d2e3f405162738495a6b7c8d9e0f1a2b3c4d5e6f708192a3b4c5d6e7f8";
 
-std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string Quoted(std::string_view text) { return std::string("\"").append(text).append("\""); }
 
 // A valid list for version 7 of "live" with one file; `changes` replaces
 // members by name, and an empty text leaves the member out.
@@ -130,7 +130,7 @@ TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndSkipsBadEntriesInOrder) {
   auto entry = [](const std::string& path, const std::string& sha256, const std::string& size) {
     return "{\"path\":" + path + ",\"sha256\":" + sha256 + ",\"size\":" + size + "},";
   };
-  const std::string files = "[" + entry("\"b\\\\second.pak\"", hash, "2") + entry("\"../x\"", hash, "5") +
+  const std::string files = std::string("[") + entry("\"b\\\\second.pak\"", hash, "2") + entry("\"../x\"", hash, "5") +
                             entry("\"C:/x\"", hash, "5") + entry("7", hash, "5") +
                             entry("\"x\"", Quoted(upperDigit), "5") +
                             entry("\"x\"", Quoted(std::string_view(kHash).substr(1)), "5") +

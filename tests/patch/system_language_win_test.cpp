@@ -21,7 +21,7 @@ TEST(SystemLanguageWin, NonArabicLocaleFallsToTheConfiguredDefault) {
     testing_support::TempDir dir;
     LauncherConfig config;
     config.defaultToArabic = defaultToArabic;
-    patch::CPatcherService service(config, {dir.wide(), L""});
+    patch::CPatcherService service(config, {dir.wide(), L"", L"", L""});
     std::wstring error;
     ASSERT_TRUE(service.InitializeState(error));
     EXPECT_EQ(service.GetStateSnapshot().language,
