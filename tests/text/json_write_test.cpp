@@ -96,7 +96,8 @@ TEST(JsonWrite, CommaOnlyWhenTheLastByteIsNotAnOpener) {
     const char* before;
     const char* after;
   } cases[] = {
-      {"{", "{\"k\":"}, {"[", "[\"k\":"}, {"{\"a\":1", "{\"a\":1,\"k\":"}, {"{\"a\":[]", "{\"a\":[],\"k\":"}, {"", "\"k\":"},
+      {"{", "{\"k\":"}, {"[", "[\"k\":"}, {"{\"a\":1", "{\"a\":1,\"k\":"},
+      {"{\"a\":[]", "{\"a\":[],\"k\":"}, {"", "\"k\":"},
   };
   for (const auto& c : cases) {
     std::string out = c.before;

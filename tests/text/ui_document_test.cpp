@@ -68,7 +68,8 @@ TEST(UiDocument, PatchNoteNeedsANonEmptyTitle) {
       LR"({"patchNote":{"title":"  Patch 42 ","summary":"Fixes","coverImage":"https://x/c.png",)"
       LR"("publishedAt":"2024-05-01","url":"https://x/n","extra":1}})");
   EXPECT_TRUE(shown.hasPatchNote);
-  EXPECT_EQ(shown.patchNote, (text::SUiPatchNote{L"Patch 42", L"Fixes", L"https://x/c.png", L"2024-05-01", L"https://x/n"}));
+  EXPECT_EQ(shown.patchNote,
+            (text::SUiPatchNote{L"Patch 42", L"Fixes", L"https://x/c.png", L"2024-05-01", L"https://x/n"}));
 
   for (const wchar_t* json : {LR"({"patchNote":{"title":" \r\n"}})", LR"({"patchNote":{"title":42,"summary":"s"}})"}) {
     const SLauncherUiDocument hidden = ReadOk(json);
@@ -77,14 +78,20 @@ TEST(UiDocument, PatchNoteNeedsANonEmptyTitle) {
   }
 }
 
-TEST(UiDocument, TextsAreTrimmedAndCutToTheirLimits) {
-  const std::wstring longTitle(200, L'T');
-  const std::wstring longAddress(3000, L'u');
-  const std::wstring json = L"{\"patchNote\":{\"title\":\"" + longTitle + L"\",\"summary\":\"" + std::wstring(601, L's') +
-                            L"\",\"publishedAt\":\"" + std::wstring(41, L'd') + L"\",\"url\":\"" + longAddress +
-                            L"\"},\"links\":{\"website\":\"" + longAddress + L"\",\"register\":\" r \"}," +
-                            L"\"maintenance\":{\"text\":\"" + std::wstring(700, L'm') + L"\"}}";
-  const SLauncherUiDocument document = ReadOk(json);
+// One character over each limit, and two events over the count limit; every cut is noted.
+TEST(UiDocument, TextsAreTrimmedAndCutToTheirLimitsAndEveryCutIsNoted) {
+  const std::wstring longAddress(2049, L'u');
+  std::wstring events;
+  for (int i = 0; i < 34; ++i) events += (i ? L"," : L"") + Event();
+  const std::wstring json =
+      L"{\"patchNote\":{\"title\":\"" + std::wstring(161, L'T') + L"\",\"summary\":\"" + std::wstring(601, L's') +
+      L"\",\"publishedAt\":\"" + std::wstring(41, L'd') + L"\",\"url\":\"" + longAddress +
+      L"\"},\"links\":{\"website\":\"" + longAddress + L"\",\"register\":\" r \"},\"maintenance\":{\"text\":\"" +
+      std::wstring(601, L'm') + L"\"},\"events\":[" + events + L"]}";
+  std::vector<SUiDocumentNote> notes;
+  SLauncherUiDocument document;
+  std::wstring error;
+  ASSERT_TRUE(ReadLauncherUiDocument(json, document, error, &notes));
   EXPECT_EQ(document.patchNote.title, std::wstring(160, L'T'));
   EXPECT_EQ(document.patchNote.summary.size(), 600u);
   EXPECT_EQ(document.patchNote.publishedAt.size(), 40u);
@@ -92,6 +99,17 @@ TEST(UiDocument, TextsAreTrimmedAndCutToTheirLimits) {
   EXPECT_EQ(document.links.website.size(), 2048u);
   EXPECT_EQ(document.links.registration, L"r");
   EXPECT_EQ(document.maintenanceText.size(), 600u);
+  EXPECT_EQ(document.events.size(), text::kMaxUiEvents);
+  const std::vector<SUiDocumentNote> expected = {
+      {L"patchNote.title", L"longer than 160 characters; cut"},
+      {L"patchNote.summary", L"longer than 600 characters; cut"},
+      {L"patchNote.publishedAt", L"longer than 40 characters; cut"},
+      {L"patchNote.url", L"longer than 2048 characters; cut"},
+      {L"events", L"2 more element(s) not read; only the first 32 events are kept"},
+      {L"links.website", L"longer than 2048 characters; cut"},
+      {L"maintenance.text", L"longer than 600 characters; cut"},
+  };
+  EXPECT_EQ(notes, expected);
 }
 
 TEST(UiDocument, CutNeverSplitsACharacterBeyondTheBasicPlane) {
@@ -182,23 +200,6 @@ TEST(UiDocument, NotesExplainEveryDropWithoutChangingTheResult) {
       {L"events[3].activationMinutes", L"is -1, not a whole number from 0 to 1440; 0 used"},
       {L"links.website", L"is 5, not a text; left empty"},
       {L"maintenance.active", L"is \"yes\", not a JSON boolean; maintenance stays off"},
-  };
-  EXPECT_EQ(notes, expected);
-}
-
-TEST(UiDocument, NotesReportCutTextsAndUnreadEvents) {
-  std::wstring events;
-  for (int i = 0; i < 34; ++i) events += (i ? L"," : L"") + Event();
-  const std::wstring json = L"{\"patchNote\":{\"title\":\"" + std::wstring(161, L't') + L"\"},\"events\":[" + events +
-                            L"]}";
-  std::vector<SUiDocumentNote> notes;
-  SLauncherUiDocument document;
-  std::wstring error;
-  ASSERT_TRUE(ReadLauncherUiDocument(json, document, error, &notes));
-  EXPECT_EQ(document.events.size(), text::kMaxUiEvents);
-  const std::vector<SUiDocumentNote> expected = {
-      {L"patchNote.title", L"longer than 160 characters; cut"},
-      {L"events", L"2 more element(s) not read; only the first 32 events are kept"},
   };
   EXPECT_EQ(notes, expected);
 }
