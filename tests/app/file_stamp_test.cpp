@@ -39,7 +39,8 @@ TEST(FileTimeTest, ConvertsUnixTimesToWindowsTicks) {
 TEST(FileStampTest, ReadsSizeAndLastWriteTimeOfFilesOnly) {
   const testing_support::TempDir dir;
   const fs::path file = dir.Write("game/data.pak", "twelve bytes");
-  fs::last_write_time(file, file_clock::from_sys(sys_days{year{1999} / 12 / 31} + hours{23} + minutes{59} + seconds{59}));
+  const sys_seconds written = sys_days{year{1999} / 12 / 31} + hours{23} + minutes{59} + seconds{59};
+  fs::last_write_time(file, file_clock::from_sys(written));
   platform::SFileStamp stamp;
   ASSERT_TRUE(platform::ReadFileStamp(platform::FromPath(file), stamp));
   EXPECT_EQ(stamp.size, 12u);
