@@ -37,7 +37,8 @@ class SelfUpdateTest : public CSyncTest {
 
   std::string BlobName() const { return Sha256Hex(release_.launcherBytes); }
 
-  // What the started process wrote; empty if it never ran. Under Wine the
+  // What the started process wrote in its working folder, the update folder;
+  // empty if it never ran there. Under Wine the
   // renamed record can be seen a moment before it can be opened, so the read
   // itself is retried, not only the existence test.
   std::string AwaitCommandLineRecord() const {
