@@ -30,18 +30,23 @@ std::wstring Nested(int levels, std::wstring_view open, std::wstring_view inner,
   return document;
 }
 
+// Edges of the double range included; a long span takes the conversion's slow path.
 TEST(JsonParse, NumberGrammar) {
   const struct {
-    const wchar_t* text;
+    std::wstring text;
     bool accepted;
     double value;
   } cases[] = {
       {L"0", true, 0.0},     {L"-0", true, -0.0},    {L"1.5e+3", true, 1500.0}, {L"2E-2", true, 0.02},
       {L"-12.25", true, -12.25}, {L"0.5E-0", true, 0.5}, {L"18446744073709551615", true, 18446744073709551615.0},
+      {L"1.7976931348623157e308", true, 1.7976931348623157e308},
+      {L"4.9406564584124654e-324", true, 4.9406564584124654e-324},
+      {L"0." + std::wstring(300, L'0') + L"1e301", true, 1.0},
       {L"01", false, 0},     {L"+1", false, 0},      {L"1.", false, 0},         {L".5", false, 0},
       {L"1e", false, 0},     {L"-", false, 0},       {L"1e+", false, 0},        {L"-01", false, 0},
       {L"1.e3", false, 0},   {L"0x10", false, 0},    {L"NaN", false, 0},        {L"Infinity", false, 0},
       {L"1e999", false, 0},  {L"-1e999", false, 0},  {L"1e-999", false, 0},     {L"- 1", false, 0},
+      {L"1.7976931348623159e308", false, 0},         {L"2e-324", false, 0},  // out of range, rounds to zero
   };
   for (const auto& c : cases) {
     CJsonValue value;
@@ -51,15 +56,6 @@ TEST(JsonParse, NumberGrammar) {
     EXPECT_EQ(value.AsNumber(), c.value) << text::WideToUtf8(c.text);
     EXPECT_EQ(std::signbit(value.AsNumber()), std::signbit(c.value)) << text::WideToUtf8(c.text);
   }
-}
-
-TEST(JsonParse, NumbersNearTheEdgesOfTheDoubleRange) {
-  EXPECT_EQ(MustParse(L"1.7976931348623157e308").AsNumber(), 1.7976931348623157e308);
-  EXPECT_EQ(MustParse(L"4.9406564584124654e-324").AsNumber(), 4.9406564584124654e-324);
-  EXPECT_FALSE(Parses(L"1.7976931348623159e308"));
-  EXPECT_FALSE(Parses(L"2e-324"));  // rounds to zero
-  // A long span takes the conversion's slow path; it must still read exactly.
-  EXPECT_EQ(MustParse(L"0." + std::wstring(300, L'0') + L"1e301").AsNumber(), 1.0);
 }
 
 TEST(JsonParse, LiteralsAndStructures) {
