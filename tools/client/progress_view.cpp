@@ -30,7 +30,9 @@ std::string Percent(float fraction) {
 
 std::string Bar(float fraction) {
   const int filled = static_cast<int>(std::clamp(fraction, 0.0f, 1.0f) * kBarCells);
-  return "[" + std::string(filled, '#') + std::string(kBarCells - filled, '-') + "]";
+  std::string bar(1, '[');
+  bar.append(filled, '#').append(kBarCells - filled, '-') += ']';
+  return bar;
 }
 
 double BytesPerSecond(const patch::SPatchProgress& progress) { return progress.speedMbps * kBytesPerSecondPerMbps; }
@@ -94,7 +96,8 @@ std::string ProgressBarLine(const patch::SPatchProgress& progress, int columns) 
   } else if (progress.phase != kPhaseUpToDate) {
     const std::optional<std::uint64_t> eta = RemainingSeconds(progress);
     // Most telling first: a narrow terminal cuts the end of the line.
-    line += " " + Bar(progress.fraction) + " " + Percent(progress.fraction) + "  " +
+    line += ' ';
+    line += Bar(progress.fraction) + " " + Percent(progress.fraction) + "  " +
             FormatByteCount(static_cast<std::uint64_t>(BytesPerSecond(progress))) + "/s  ETA " +
             (eta ? FormatDuration(*eta) : std::string("--:--")) + "  " + FormatByteCount(progress.bytesDone) + "/" +
             FormatByteCount(progress.bytesTotal) + "  " + FilesFigure(progress);
@@ -129,7 +132,7 @@ void CProgressView::Show(const patch::SPatchProgress& progress) {
   switch (mode_) {
     case EOutputMode::TerminalBar:
       if (!ShouldDraw(progress)) return;
-      write_("\r" + ProgressBarLine(progress, columns_));
+      write_(ProgressBarLine(progress, columns_).insert(0, 1, '\r'));
       barOpen_ = true;
       return;
     case EOutputMode::JsonLines:
