@@ -11,6 +11,7 @@
 
 #include "crypto/sha256.h"
 #include "net/http_client.h"
+#include "net/http_status.h"
 #include "net/system_error_text.h"
 #include "platform/file_replace.h"
 
@@ -22,10 +23,6 @@ constexpr wchar_t kStatusErrorPrefix[] = L"HTTP file download failed with status
 constexpr wchar_t kOpenError[] = L"Could not open target file.";
 constexpr wchar_t kWriteError[] = L"Could not write target file.";
 constexpr wchar_t kFinalizeErrorPrefix[] = L"Could not finalize downloaded file: ";
-
-constexpr std::uint32_t kStatusOk = 200;
-constexpr std::uint32_t kStatusPartialContent = 206;
-constexpr std::uint32_t kStatusRangeNotSatisfiable = 416;
 
 // Why an attempt's handler turned the body down or stopped reading it.
 enum class EStopReason { None, RangeRefused, UntrustedPartial, BadStatus, OpenFailed, WriteFailed };

@@ -10,6 +10,7 @@
 #include "crypto/sha256.h"
 #include "log/log.h"
 #include "net/http_client.h"
+#include "net/http_status.h"
 #include "patch/apply_plan.h"
 #include "patch/apply_progress.h"
 #include "patch/apply_tally.h"
@@ -39,9 +40,6 @@ constexpr wchar_t kWaitingReason[] = L"waiting before retrying";
 constexpr wchar_t kIncompleteReason[] = L"the published update is incomplete";
 constexpr wchar_t kMismatchReason[] = L"the downloaded content did not match its signed hash";
 
-constexpr std::uint32_t kStatusOk = 200;
-constexpr std::uint32_t kStatusPartialContent = 206;
-constexpr std::uint32_t kFirstServerErrorStatus = 500;
 
 fs::path TargetPath(const fs::path& gameFolder, const SManifestEntry& entry) {
   return gameFolder / platform::ToPath(entry.path);
@@ -60,7 +58,8 @@ void RemoveQuietly(const fs::path& path) {
 // A status the host chose to answer with (not a transfer failure, not a
 // server fault) means the blob is not there and will not appear by retrying.
 bool IsMissingOnHost(std::uint32_t status) {
-  return status >= 1 && status < kFirstServerErrorStatus && status != kStatusOk && status != kStatusPartialContent;
+  return status >= 1 && status < net::kFirstServerErrorStatus && status != net::kStatusOk &&
+         status != net::kStatusPartialContent;
 }
 
 // The entries whose files need content, in list order. Entries that may not

@@ -5,6 +5,7 @@
 #include "app/launcher_config.h"
 #include "crypto/hex.h"
 #include "net/http_client.h"
+#include "net/http_status.h"
 #include "platform/path_text.h"
 #include "platform/random_id.h"
 #include "platform/tick_count.h"
@@ -14,8 +15,6 @@ namespace publisher {
 namespace {
 
 constexpr std::size_t kSmallFileLimit = 16 * 1024 * 1024;
-constexpr std::uint32_t kStatusNotFound = 404;
-constexpr std::uint32_t kStatusGone = 410;
 
 class CFolderHost final : public CPatchHost {
  public:
@@ -83,7 +82,7 @@ class CHttpsHost final : public CPatchHost {
     } catch (const std::exception&) {
       result.error = L"the download could not be stored in " + platform::FromPath(scratch_);
     }
-    missing = result.status == kStatusNotFound || result.status == kStatusGone;
+    missing = result.status == net::kStatusNotFound || result.status == net::kStatusGone;
     if (!result.ok) error = Where(name) + L": " + (missing ? std::wstring(L"missing") : result.error);
     return result.ok;
   }
