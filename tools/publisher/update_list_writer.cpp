@@ -28,6 +28,14 @@ const char* ShortEscape(std::uint32_t c) {
   }
 }
 
+// The members every reference to a blob carries, the launcher's included.
+void AppendBlobMembers(std::string& out, std::wstring_view sha256, std::uint64_t size) {
+  text::AppendJsonKey(out, "sha256");
+  AppendAsciiJsonString(out, sha256);
+  text::AppendJsonKey(out, "size");
+  text::AppendJsonCount(out, size);
+}
+
 }  // namespace
 
 void AppendAsciiJsonString(std::string& out, std::wstring_view text) {
@@ -65,10 +73,7 @@ std::string WriteUpdateList(const patch::SManifest& list) {
     out += '{';
     text::AppendJsonKey(out, "productVersion");
     AppendAsciiJsonString(out, list.launcherProductVersion);
-    text::AppendJsonKey(out, "sha256");
-    AppendAsciiJsonString(out, list.launcherSha256);
-    text::AppendJsonKey(out, "size");
-    text::AppendJsonCount(out, list.launcherSize);
+    AppendBlobMembers(out, list.launcherSha256, list.launcherSize);
     out += '}';
   }
   text::AppendJsonKey(out, "files");
@@ -78,10 +83,7 @@ std::string WriteUpdateList(const patch::SManifest& list) {
     out += "\n{";
     text::AppendJsonKey(out, "path");
     AppendAsciiJsonString(out, entry.path);
-    text::AppendJsonKey(out, "sha256");
-    AppendAsciiJsonString(out, entry.sha256);
-    text::AppendJsonKey(out, "size");
-    text::AppendJsonCount(out, entry.size);
+    AppendBlobMembers(out, entry.sha256, entry.size);
     out += '}';
   }
   out += "\n]}\n";
