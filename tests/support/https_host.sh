@@ -26,20 +26,41 @@ running() { local state; state=$(ps -o stat= -p "$1" 2>/dev/null) && [ "${state:
 
 port_open() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 
+# Wine's crypt32 cannot verify an ECDSA signature whose r or s is shorter than
+# 32 bytes (about 1 signature in 128): the whole host would be untrusted under Wine for
+# that run. Each signing draws a fresh nonce, so such a certificate is simply signed again.
+signature_is_full_length() {
+  local offset
+  offset=$(openssl x509 -in "$1" -outform DER | openssl asn1parse -inform DER | tail -n 1 | cut -d: -f1)
+  openssl x509 -in "$1" -outform DER | openssl asn1parse -inform DER -strparse "$offset" |
+    awk -F: '/INTEGER/ { if (length($NF) < 64) short = 1 } END { exit short }'
+}
+
+sign_until_full_length() {  # <certificate> <openssl arguments...>
+  local certificate=$1
+  shift
+  for _ in $(seq 20); do
+    openssl "$@" -out "$certificate" 2>/dev/null
+    signature_is_full_length "$certificate" && return 0
+  done
+  echo "https_host: no full-length signature for $certificate in 20 tries" >&2
+  return 1
+}
+
 make_certificates() {
   local dir=$1
   openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:P-256 -out "$dir/ca.key" 2>/dev/null
-  openssl req -x509 -new -key "$dir/ca.key" -sha256 -days 30 -subj "/CN=Launcher Test CA" \
-    -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign,cRLSign" \
-    -out "$dir/ca.pem"
+  sign_until_full_length "$dir/ca.pem" req -x509 -new -key "$dir/ca.key" -sha256 -days 30 \
+    -subj "/CN=Launcher Test CA" \
+    -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign,cRLSign"
   openssl x509 -in "$dir/ca.pem" -outform DER -out "$dir/ca.der"
   openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:P-256 -out "$dir/server.key" 2>/dev/null
   openssl req -new -key "$dir/server.key" -subj "/CN=localhost" -out "$dir/server.csr"
   printf '%s\n' "subjectAltName=DNS:localhost,IP:127.0.0.1" "basicConstraints=CA:FALSE" \
     "keyUsage=critical,digitalSignature" "extendedKeyUsage=serverAuth" >"$dir/server.ext"
-  openssl x509 -req -in "$dir/server.csr" -CA "$dir/ca.pem" -CAkey "$dir/ca.key" \
-    -set_serial "0x$(openssl rand -hex 8)" -days 30 -sha256 -extfile "$dir/server.ext" \
-    -out "$dir/server.pem" 2>/dev/null
+  sign_until_full_length "$dir/server.pem" x509 -req -in "$dir/server.csr" -CA "$dir/ca.pem" \
+    -CAkey "$dir/ca.key" -set_serial "0x$(openssl rand -hex 8)" -days 30 -sha256 \
+    -extfile "$dir/server.ext"
 }
 
 write_config() {
