@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <cstdio>
-#include <fstream>
 #include <optional>
 #include <set>
 
 #include "tests/apply/apply_test_support.h"
-#include "text/utf.h"
 
 namespace apply_tests {
 namespace {
@@ -26,45 +24,35 @@ struct STarget {
 
 class ApplyKilled : public CApplyTest {
  protected:
-  // Starts the driver over `targets`; its first output line is its pid.
-  FILE* StartDriver(const std::vector<STarget>& targets, int pauseMicroseconds, pid_t& pid) {
-    const fs::path list = dir_.path() / "list.txt";
-    std::ofstream out(list, std::ios::trunc);
-    for (const STarget& target : targets) {
-      const patch::SManifestEntry entry = Publish(target.path, target.newBytes);
-      out << text::WideToUtf8(entry.sha256) << ' ' << entry.size << ' ' << target.path << '\n';
+  // Runs the entries in a child process that reports each download step's
+  // (done, total) down `reportPipe_` and then pauses, slow enough to be caught half done.
+  pid_t StartChildRun(const std::vector<patch::SManifestEntry>& files) {
+    int ends[2];
+    if (::pipe(ends) != 0) return -1;
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      ::close(ends[0]);
+      Apply(*MakeService(), files, false, [&](const patch::SPatchProgress& report) {
+        const std::uint64_t step[2] = {report.bytesDone, report.bytesTotal};
+        if (report.phase == 4 && ::write(ends[1], step, sizeof(step)) == sizeof(step)) ::usleep(500);
+      });
+      ::_exit(0);
     }
-    out.close();
-    const std::string command = "exec '" VL_APPLY_DRIVER_PATH "' '" + (dir_.path() / "runtime").string() + "' '" +
-                                (dir_.path() / "game").string() + "' '" + text::WideToUtf8(config_.patchHost) +
-                                "' '" + list.string() + "' " + std::to_string(pauseMicroseconds);
-    FILE* output = ::popen(command.c_str(), "r");
-    if (output == nullptr || std::fscanf(output, "pid %d\n", &pid) != 1) pid = -1;
-    return output;
+    ::close(ends[1]);
+    reportPipe_ = ends[0];
+    return pid;
   }
 
-  // Reads on until a "bytes <done> <total>" line shows at least `percent` done; false at the end of output.
-  static bool ReadUntilPercentDone(FILE* output, unsigned percent) {
-    unsigned long long done = 0;
-    unsigned long long total = 0;
-    for (char line[256]; std::fgets(line, sizeof(line), output) != nullptr;) {
-      if (std::sscanf(line, "bytes %llu %llu", &done, &total) == 2 && total != 0 && done * 100 >= total * percent) {
-        return true;
-      }
+  // False when the child ends before it gets that far.
+  bool WaitUntilPercentDone(unsigned percent) const {
+    std::uint64_t step[2];
+    while (::read(reportPipe_, step, sizeof(step)) == sizeof(step)) {
+      if (step[1] != 0 && step[0] * 100 >= step[1] * percent) return true;
     }
     return false;
   }
 
-  void ExpectEveryTargetOldOrNew(const std::vector<STarget>& targets) const {
-    for (const STarget& target : targets) {
-      if (!fs::exists(GamePath(target.path))) {
-        EXPECT_FALSE(target.oldBytes.has_value()) << target.path;
-        continue;
-      }
-      const std::string bytes = ReadGameFile(target.path);
-      EXPECT_TRUE(bytes == target.newBytes || bytes == target.oldBytes) << target.path << ": " << bytes.size();
-    }
-  }
+  int reportPipe_ = -1;
 };
 
 TEST_F(ApplyKilled, EveryTargetStaysOldOrNewAndARerunConverges) {
@@ -77,30 +65,36 @@ TEST_F(ApplyKilled, EveryTargetStaysOldOrNewAndARerunConverges) {
       {"maps/five.bin", PatternBytes(250000, 35), shared},
       {"six.bin", std::nullopt, PatternBytes(1250000, 46)},
   };
+  std::vector<patch::SManifestEntry> files;
   for (const STarget& target : targets) {
     if (target.oldBytes) WriteGameFile(target.path, *target.oldBytes);
+    files.push_back(Publish(target.path, target.newBytes));
   }
 
   // Killed twice at different depths of the transfer, each run going on from the last.
   for (const unsigned percent : {25u, 60u}) {
     SCOPED_TRACE(percent);
-    pid_t pid = -1;
-    FILE* driver = StartDriver(targets, 500, pid);
+    const pid_t pid = StartChildRun(files);
     ASSERT_GT(pid, 0);
-    const bool reached = ReadUntilPercentDone(driver, percent);
+    const bool reached = WaitUntilPercentDone(percent);
     ::kill(pid, SIGKILL);
-    const int status = ::pclose(driver);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    ::close(reportPipe_);
     ASSERT_TRUE(reached);
     ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "the run ended before it was killed";
-    ExpectEveryTargetOldOrNew(targets);
+    for (const STarget& target : targets) {
+      if (!fs::exists(GamePath(target.path))) {
+        EXPECT_FALSE(target.oldBytes.has_value()) << target.path;
+        continue;
+      }
+      const std::string bytes = ReadGameFile(target.path);
+      EXPECT_TRUE(bytes == target.newBytes || bytes == target.oldBytes) << target.path << ": " << bytes.size();
+    }
   }
 
-  pid_t pid = -1;
-  FILE* driver = StartDriver(targets, 0, pid);
-  ASSERT_GT(pid, 0);
-  EXPECT_FALSE(ReadUntilPercentDone(driver, 101));
-  const int status = ::pclose(driver);
-  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  const SApplyRun rerun = Apply(*MakeService(), files, false);
+  ASSERT_TRUE(rerun.ok && rerun.error.empty()) << text::WideToUtf8(rerun.error);
   std::set<std::string> listed;
   for (const STarget& target : targets) {
     EXPECT_TRUE(ReadGameFile(target.path) == target.newBytes) << target.path;
