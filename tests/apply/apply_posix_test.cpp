@@ -1,13 +1,17 @@
-// A patch process killed in the middle of its downloads leaves every target
-// either as it was or complete, and running it again finishes the job.
+// Real faults on Linux: a patch process killed mid-transfer, and a game folder
+// on a volume too small for the update.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <optional>
 #include <set>
 
+#include "log/log.h"
 #include "tests/apply/apply_test_support.h"
 
 namespace apply_tests {
@@ -55,6 +59,7 @@ class ApplyKilled : public CApplyTest {
   int reportPipe_ = -1;
 };
 
+// Every target is either as it was or complete, and running again finishes the job.
 TEST_F(ApplyKilled, EveryTargetStaysOldOrNewAndARerunConverges) {
   const std::string shared = PatternBytes(1000000, 42);
   const std::vector<STarget> targets = {
@@ -108,6 +113,42 @@ TEST_F(ApplyKilled, EveryTargetStaysOldOrNewAndARerunConverges) {
     }
   }
   EXPECT_EQ(present, listed);
+}
+
+// The game folder is a small tmpfs of its own, so it is also a volume apart
+// from the staging folder and must hold its need plus the margin.
+class ApplyDiskShortage : public CApplyTest {
+ protected:
+  void SetUp() override {
+    CApplyTest::SetUp();
+    fs::create_directories(GamePath(""));
+    if (::mount("tmpfs", GamePath("").c_str(), "tmpfs", 0, "size=8m") != 0) {
+      GTEST_SKIP() << "mounting a tmpfs needs root (CAP_SYS_ADMIN): " << std::strerror(errno);
+    }
+    mounted_ = true;
+    fs::create_directories(dir_.path() / "log");
+    logging::OpenLog(platform::FromPath(dir_.path() / "log"), L"", L"");
+  }
+
+  void TearDown() override {
+    logging::OpenLog(L"", L"", L"");
+    if (mounted_) ::umount2(GamePath("").c_str(), MNT_DETACH);
+  }
+
+  bool mounted_ = false;
+};
+
+TEST_F(ApplyDiskShortage, RunStopsBeforeWritingAnything) {
+  const SApplyRun run = Apply({Publish("data/a.bin", PatternBytes(1048576, 21))});
+
+  EXPECT_FALSE(run.ok);
+  EXPECT_EQ(run.error, L"There is not enough free disk space for this update.");
+  EXPECT_FALSE(run.SawPhase(4));
+  EXPECT_TRUE(fs::is_empty(GamePath("")));
+  const std::string log = testing_support::ReadFileBytes(dir_.path() / "log" / "launcher.log");
+  // Need: the new file plus room for its promotion temporary; 8 MiB free at most.
+  EXPECT_NE(log.find("not enough free space: need 2097152 B in the game folder ("), std::string::npos) << log;
+  EXPECT_NE(log.find(" B free) and 1048576 B for staging ("), std::string::npos) << log;
 }
 
 }  // namespace
