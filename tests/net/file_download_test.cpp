@@ -51,9 +51,7 @@ TEST_F(HttpDownload, FreshDownloadReplacesAReadOnlyTarget) {
   const std::string bytes = PatternBytes(5 * 1024 * 1024 + 123);
   const std::string name = servers_.Publish("fresh", bytes);
   dir_.Write("game/data/blob.bin", "old contents");
-  std::filesystem::permissions(target_, std::filesystem::perms::owner_write | std::filesystem::perms::group_write |
-                                            std::filesystem::perms::others_write,
-                               std::filesystem::perm_options::remove);
+  std::filesystem::permissions(target_, std::filesystem::perms::owner_read);
 
   const auto result = Download(servers_.HttpsUrl(name));
 
