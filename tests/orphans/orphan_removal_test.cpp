@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "patch/orphan_scan.h"
+#include "patch/patcher_service.h"
 #include "platform/path_text.h"
 #include "tests/orphans/orphan_test_support.h"
 #include "tests/support/temp_dir.h"
@@ -17,34 +18,23 @@ using namespace orphan_tests;
 using testing_support::TempDir;
 
 // Also past the old 260-character path limit, which Windows needs \\?\ paths for.
-TEST(OrphanRemoval, RemovesWhatTheFullScanListedAndCountsIt) {
+TEST(OrphanRemoval, RemovesListedFilesInAnySpellingAndCountsThem) {
   TempDir dir;
   std::string deep = "deep";
   while (deep.size() < 300) deep += "/folder_of_a_deep_tree";
   const std::vector<fs::path> removed = {dir.Write("game/" + deep + "/old.dat", "1234"),
                                          dir.Write("game/Old/Patch1.DAT", "123456"),
-                                         dir.Write("game/readme.txt", "ab"), dir.Write("game/Sub2/File.DAT", "xyz")};
+                                         dir.Write("game/Sub2/File.DAT", "xyz")};
   const fs::path kept = dir.Write("game/kept.dat", "listed");
-  const fs::path shot = dir.Write("game/screenshots/s.jpg", "protected");
-  const std::wstring game = platform::FromPath(dir.path() / "game");
 
-  patch::SOrphanScan scan;
-  std::wstring error;
-  ASSERT_TRUE(patch::ScanOrphans(game, ManifestOf({L"kept.dat", L"sub2/file.dat"}), patch::kUnlimitedOrphanSample,
-                                 L"", scan, error));
-  ASSERT_EQ(scan.orphanSample,
-            (std::vector<std::wstring>{text::Utf8ToWide(deep + "/old.dat"), L"old/patch1.dat", L"readme.txt"}));
-  std::vector<std::wstring> orphans = scan.orphanSample;
-  orphans.push_back(L"SUB2\\file.dat");  // any case, either separator
-  orphans.push_back(L"gone.dat");
-
-  const patch::SOrphanRemoval removal = patch::RemoveOrphans(game, orphans);
-  EXPECT_EQ(removal.removedFiles, 4u);
-  EXPECT_EQ(removal.removedBytes, 15u);
+  const patch::SOrphanRemoval removal = patch::RemoveOrphans(
+      platform::FromPath(dir.path() / "game"),
+      {text::Utf8ToWide(deep + "/old.dat"), L"old/patch1.dat", L"SUB2\\file.dat", L"gone.dat"});
+  EXPECT_EQ(removal.removedFiles, 3u);
+  EXPECT_EQ(removal.removedBytes, 13u);
   EXPECT_EQ(removal.failedFiles, 1u);
   for (const fs::path& file : removed) EXPECT_FALSE(fs::exists(file)) << file.string();
   EXPECT_TRUE(fs::exists(kept));
-  EXPECT_TRUE(fs::exists(shot));
 }
 
 TEST(OrphanRemoval, NeverTouchesAnUnsafeOrProtectedPath) {
@@ -76,6 +66,24 @@ TEST(OrphanRemoval, NeverTouchesAnUnsafeOrProtectedPath) {
   for (const wchar_t* path : {L"Old\\Patch1.DAT", L"a..b/c.dat", L"..hidden/x.dat", L"x/...dat"}) {
     EXPECT_TRUE(patch::IsRemovableOrphanPath(path)) << text::WideToUtf8(path);
   }
+}
+
+TEST(OrphanRemoval, TheServiceSparesTheRunningLauncherInTheGameFolder) {
+  TempDir dir;
+  const fs::path launcher = dir.Write("game/Launcher.EXE", "running");
+  const fs::path old = dir.Write("game/old.dat", "old");
+  const patch::CPatcherService service(
+      CompiledLauncherConfig(),
+      {platform::FromPath(dir.path() / "runtime"), L"", platform::FromPath(dir.path() / "game"),
+       platform::FromPath(dir.path() / "game" / "sub" / ".." / "Launcher.EXE")});
+
+  patch::SOrphanScan scan;
+  std::wstring error;
+  ASSERT_TRUE(service.ScanOrphans(ManifestOf({L"bin/a.dat"}), patch::kUnlimitedOrphanSample, scan, error));
+  EXPECT_EQ(scan.orphanSample, std::vector<std::wstring>{L"old.dat"});
+  EXPECT_EQ(service.RemoveOrphans(scan.orphanSample).removedFiles, 1u);
+  EXPECT_FALSE(fs::exists(old));
+  EXPECT_TRUE(fs::exists(launcher));
 }
 
 }  // namespace

@@ -16,25 +16,17 @@ inline constexpr std::array<std::wstring_view, 13> kFolders = {
     L"ui/",    L"ui_cache/", L".runtime/", L"screenshot/", L"screenshots/", L"userdata/",   L"camy/",
     L"cache/", L"data/",     L"config/",   L"syserr/",     L"mark/",        L"offlineshop/"};
 inline constexpr std::array<std::wstring_view, 11> kFileNames = {
-    L"install.id",    L"launcher.state", L"patcher.state",    L"launcher.log",  L"integrity.cache",
-    L"keysave",       L"ui_positions.txt", L"switchbot.pkl", L"errorlog.txt", L"dravel2 patcher.exe.config",
+    L"install.id", L"launcher.state",   L"patcher.state", L"launcher.log", L"integrity.cache",
+    L"keysave",    L"ui_positions.txt", L"switchbot.pkl", L"errorlog.txt", L"dravel2 patcher.exe.config",
     L".gitignore"};
 inline constexpr std::array<std::wstring_view, 4> kNamePrefixes = {L"syserr", L"syslog", L"chatlog", L"chat_log"};
-inline constexpr std::array<std::wstring_view, 7> kSuffixes = {L".log",       L".tmp", L".part",       L".uploading",
-                                                                 L".cfg",       L".bin", L".promote.tmp"};
+inline constexpr std::array<std::wstring_view, 7> kSuffixes = {L".log", L".tmp", L".part",       L".uploading",
+                                                               L".cfg", L".bin", L".promote.tmp"};
 
 inline std::wstring Upper(std::wstring_view text) {
   std::wstring upper(text);
   for (wchar_t& unit : upper) unit = static_cast<wchar_t>(std::towupper(unit));
   return upper;
-}
-
-inline std::wstring Capitalised(std::wstring_view text) {
-  std::wstring mixed(text);
-  for (std::size_t i = 0; i < mixed.size(); ++i) {
-    if (i == 0 || mixed[i - 1] == L'/') mixed[i] = static_cast<wchar_t>(std::towupper(mixed[i]));
-  }
-  return mixed;
 }
 
 inline std::wstring Backslashed(std::wstring_view text) {
