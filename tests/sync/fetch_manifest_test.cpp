@@ -5,6 +5,7 @@
 
 #include "patch/patcher_service.h"
 #include "tests/sync/sync_test_support.h"
+#include "text/utf.h"
 
 namespace sync_tests {
 namespace {
@@ -56,28 +57,6 @@ TEST(BuildPatchUrl, JoinsTheBaseAndARelativeNameAndCacheBustsOnRequest) {
   }
 }
 
-TEST_F(FetchManifestTest, APointerSelectsItsListAndOnlyThePointerIsCacheBusted) {
-  SRelease release;
-  release.version = 17;
-  release.files = SampleGameFiles();
-  const std::string list = Sha256Hex(PublishRelease(release));
-  std::wstring error;
-  ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
-  EXPECT_TRUE(error.empty());
-  EXPECT_EQ(manifest_.version, 17u);
-  EXPECT_EQ(manifest_.files.size(), 3u);
-  EXPECT_EQ(fingerprint_, std::wstring(list.begin(), list.end()));
-
-  const std::vector<std::string> pointer = HostRequests("pointer.txt");
-  ASSERT_EQ(pointer.size(), 1u);
-  EXPECT_TRUE(std::regex_search(pointer[0], std::regex(R"(/pointer\.txt\?v=[0-9]+ \|)"))) << pointer[0];
-  for (const char* name : {"patchlist.v17.json", "patchlist.v17.sig"}) {
-    const std::vector<std::string> lines = HostRequests(name);
-    ASSERT_EQ(lines.size(), 1u) << name;
-    EXPECT_NE(lines[0].find("/" + hostFolder_ + "/" + name + " |"), std::string::npos) << lines[0];
-  }
-}
-
 TEST_F(FetchManifestTest, RefusalsNameTheirCause) {
   struct SCase {
     std::function<void()> publish;
@@ -105,17 +84,25 @@ TEST_F(FetchManifestTest, RefusalsNameTheirCause) {
   EXPECT_EQ(HostRequests("patchlist.v18446744073709551615.json").size(), 1u);
 }
 
-TEST_F(FetchManifestTest, OnlyExactlyBetaReadsTheBetaPointerButAnyBetaKeepsTheBetaFloor) {
+// Only the pointer is cache-busted; the list and its signature are not.
+TEST_F(FetchManifestTest, APointerSelectsItsListOnlyExactlyBetaReadsTheBetaPointerAndAnyBetaKeepsTheBetaFloor) {
   SRelease beta;
   beta.version = 9;
   beta.channel = "beta";
-  PublishRelease(beta, "pointer-beta.txt");
+  const std::string list = Sha256Hex(PublishRelease(beta, "pointer-beta.txt"));
   std::wstring error;
   UseChannel(L"beta");
   ASSERT_TRUE(Fetch(error)) << testing::PrintToString(error);
   EXPECT_EQ(manifest_.version, 9u);
-  EXPECT_EQ(manifest_.channel, L"beta");
-  EXPECT_EQ(HostRequests("pointer-beta.txt").size(), 1u);
+  EXPECT_EQ(text::WideToUtf8(fingerprint_), list);
+  const std::vector<std::string> pointer = HostRequests("pointer-beta.txt");
+  ASSERT_EQ(pointer.size(), 1u);
+  EXPECT_TRUE(std::regex_search(pointer[0], std::regex(R"(/pointer-beta\.txt\?v=[0-9]+ \|)"))) << pointer[0];
+  for (const char* name : {"patchlist.v9.json", "patchlist.v9.sig"}) {
+    const std::vector<std::string> lines = HostRequests(name);
+    ASSERT_EQ(lines.size(), 1u) << name;
+    EXPECT_NE(lines[0].find("/" + hostFolder_ + "/" + name + " |"), std::string::npos) << lines[0];
+  }
 
   SRelease stable;
   stable.version = 5;

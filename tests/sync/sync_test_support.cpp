@@ -25,23 +25,24 @@ std::string Quoted(std::string_view text) {
   return quoted += '"';
 }
 
-std::string FileRecord(const SGameFile& file) {
-  return "{\"path\":" + Quoted(file.path) + ",\"size\":" + std::to_string(file.bytes.size()) +
-         ",\"sha256\":" + Quoted(Sha256Hex(file.bytes)) + "}";
+std::string LauncherDigest(const SRelease& release) {
+  return release.launcherSha256.empty() ? Sha256Hex(release.launcherBytes) : release.launcherSha256;
 }
 
 std::string ListText(const SRelease& release) {
   std::string list = "{\"schema\":1,\"version\":" + std::to_string(release.version) +
                      ",\"channel\":" + Quoted(release.channel) + ",\"generatedAt\":\"2026-11-01T10:00:00Z\"";
   if (!release.launcherVersion.empty()) {
-    const std::string sha = release.launcherSha256.empty() ? Sha256Hex(release.launcherBytes) : release.launcherSha256;
     list += ",\"launcher\":{\"productVersion\":" + Quoted(release.launcherVersion) +
-            ",\"size\":" + std::to_string(release.launcherBytes.size()) + ",\"sha256\":" + Quoted(sha) + "}";
+            ",\"size\":" + std::to_string(release.launcherBytes.size()) +
+            ",\"sha256\":" + Quoted(LauncherDigest(release)) + "}";
   }
   list += ",\"files\":[";
   for (std::size_t i = 0; i < release.files.size(); ++i) {
     if (i > 0) list += ",";
-    list += FileRecord(release.files[i]);
+    const SGameFile& file = release.files[i];
+    list += "{\"path\":" + Quoted(file.path) + ",\"size\":" + std::to_string(file.bytes.size()) +
+            ",\"sha256\":" + Quoted(Sha256Hex(file.bytes)) + "}";
   }
   return list + "]}";
 }
@@ -82,11 +83,10 @@ std::string CSyncTest::PublishRelease(const SRelease& release, std::string_view 
   const std::string stem = "patchlist.v" + std::to_string(release.version);
   PublishFile(stem + ".json", list);
   PublishFile(stem + ".sig", signing_support::Base64Of(key_.Sign(list)) + "\n");
-  for (const SGameFile& file : release.files) PublishBlob(Sha256Hex(file.bytes), file.bytes);
+  for (const SGameFile& file : release.files) PublishFile(BlobPath(Sha256Hex(file.bytes)), file.bytes);
   if (!release.launcherVersion.empty()) {
     // Published under the listed digest, whatever its bytes.
-    PublishBlob(release.launcherSha256.empty() ? Sha256Hex(release.launcherBytes) : release.launcherSha256,
-                release.launcherBytes);
+    PublishFile(BlobPath(LauncherDigest(release)), release.launcherBytes);
   }
   PublishFile(pointerFile, std::to_string(release.version) + "\n");
   return list;
@@ -103,10 +103,6 @@ std::string CSyncTest::BlobPath(const std::string& sha256) {
   std::string path = "blobs/";
   path.append(sha256, 0, 2).append("/").append(sha256);
   return path;
-}
-
-void CSyncTest::PublishBlob(const std::string& sha256, std::string_view bytes) const {
-  PublishFile(BlobPath(sha256), bytes);
 }
 
 void CSyncTest::RemovePublishedFile(std::string_view relative) const {

@@ -53,7 +53,6 @@ class CSyncTest : public ::testing::Test {
   void RemovePublishedFile(std::string_view relative) const;
   // "blobs/" + the first two digits + "/" + the digest.
   static std::string BlobPath(const std::string& sha256);
-  void PublishBlob(const std::string& sha256, std::string_view bytes) const;
   void WriteGameFiles(const std::vector<SGameFile>& files) const;
 
   // A started service over this test's folders, as a new launcher run would have it.
