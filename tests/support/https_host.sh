@@ -31,8 +31,8 @@ port_open() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 # that run. Each signing draws a fresh nonce, so such a certificate is simply signed again.
 signature_is_full_length() {
   local offset
-  offset=$(openssl x509 -in "$1" -outform DER | openssl asn1parse -inform DER | tail -n 1 | cut -d: -f1)
-  openssl x509 -in "$1" -outform DER | openssl asn1parse -inform DER -strparse "$offset" |
+  offset=$(openssl asn1parse -in "$1" | tail -n 1 | cut -d: -f1)
+  openssl asn1parse -in "$1" -strparse "$offset" |
     awk -F: '/INTEGER/ { if (length($NF) < 64) short = 1 } END { exit short }'
 }
 
