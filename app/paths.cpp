@@ -75,12 +75,6 @@ std::wstring CurrentDirectory() {
   return error ? std::wstring() : platform::FromPath(current);
 }
 
-std::wstring TemporaryDirectory() {
-  std::error_code error;
-  const std::filesystem::path temp = std::filesystem::temp_directory_path(error);
-  return error ? std::wstring() : platform::FromPath(temp);
-}
-
 }  // namespace
 
 std::wstring ModulePathFromQuery(const std::wstring& reported, const std::wstring& currentDirectory) {
@@ -120,7 +114,7 @@ std::wstring InstallDataDirectory(const std::wstring& base, const std::wstring& 
 }
 
 std::wstring UiCacheDirectory() {
-  std::wstring base = TemporaryDirectory();
+  std::wstring base = platform::UserCacheDirectory();
   if (base.empty()) base = RuntimeDirectory();
   return JoinPath(base, {kVendorFolder, kPatcherFolder, kUiCacheFolder});
 }

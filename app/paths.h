@@ -28,8 +28,9 @@ bool IsInstallIdentity(const std::wstring& identity);
 // IsInstallIdentity or the base is empty.
 std::wstring InstallDataDirectory(const std::wstring& base, const std::wstring& identity);
 
-// Cache of downloaded page resources: the temporary folder (else
-// RuntimeDirectory()) + "OmbrisaAdminPanel" + "Patcher" + "ui_cache".
+// Cache of downloaded page resources: the user's own cache base
+// (platform::UserCacheDirectory, else RuntimeDirectory()) + "OmbrisaAdminPanel"
+// + "Patcher" + "ui_cache".
 std::wstring UiCacheDirectory();
 // The folder earlier launchers used: local app data + "OmbrisaAdminPanel" +
 // "Patcher"; empty when there is no local app data folder.

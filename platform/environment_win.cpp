@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <filesystem>
+#include <system_error>
+
 namespace platform {
 
 std::wstring EnvironmentVariable(std::wstring_view name) {
@@ -20,6 +23,12 @@ std::wstring EnvironmentVariable(std::wstring_view name) {
 }
 
 std::wstring LocalAppDataDirectory() { return EnvironmentVariable(L"LOCALAPPDATA"); }
+
+std::wstring UserCacheDirectory() {
+  std::error_code error;
+  const std::filesystem::path temp = std::filesystem::temp_directory_path(error);
+  return error ? std::wstring() : temp.wstring();
+}
 
 std::wstring UserProfileDirectory() { return EnvironmentVariable(L"USERPROFILE"); }
 

@@ -12,23 +12,30 @@ namespace {
 
 using testing_support::ScopedEnvironment;
 
-TEST(LinuxUserFoldersTest, LocalAppDataFollowsTheXdgRule) {
+// The page cache follows the same rule, so it is never in the shared /tmp.
+TEST(LinuxUserFoldersTest, DataAndCacheFoldersFollowTheXdgRule) {
   const struct {
-    std::optional<std::wstring> dataHome;
+    std::optional<std::wstring> xdgHome;
     std::optional<std::wstring> home;
-    std::wstring expected;
+    std::wstring data;
+    std::wstring cache;
   } cases[] = {
-      {L"/data/ann", L"/home/ann", L"/data/ann"},
-      {std::nullopt, L"/home/ann", L"/home/ann/.local/share"},
-      {L"", L"/home/ann", L"/home/ann/.local/share"},
-      {L"relative/data", L"/home/ann", L"/home/ann/.local/share"},
-      {std::nullopt, std::nullopt, L""},
-      {std::nullopt, L"", L""},
+      {L"/xdg/ann", L"/home/ann", L"/xdg/ann", L"/xdg/ann"},
+      {std::nullopt, L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
+      {L"", L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
+      {L"relative/xdg", L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
+      {std::nullopt, std::nullopt, L"", L""},
+      {std::nullopt, L"", L"", L""},
   };
   for (const auto& c : cases) {
-    const ScopedEnvironment dataHome(L"XDG_DATA_HOME", c.dataHome), home(L"HOME", c.home);
-    EXPECT_EQ(platform::LocalAppDataDirectory(), c.expected) << c.dataHome.value_or(L"<unset>");
-    EXPECT_EQ(LegacyDataDirectory(), c.expected.empty() ? L"" : c.expected + L"/OmbrisaAdminPanel/Patcher");
+    const ScopedEnvironment dataHome(L"XDG_DATA_HOME", c.xdgHome), cacheHome(L"XDG_CACHE_HOME", c.xdgHome),
+        home(L"HOME", c.home);
+    EXPECT_EQ(platform::LocalAppDataDirectory(), c.data) << c.xdgHome.value_or(L"<unset>");
+    EXPECT_EQ(LegacyDataDirectory(), c.data.empty() ? L"" : c.data + L"/OmbrisaAdminPanel/Patcher");
+    EXPECT_EQ(platform::UserCacheDirectory(), c.cache) << c.xdgHome.value_or(L"<unset>");
+    if (!c.cache.empty()) {
+      EXPECT_EQ(UiCacheDirectory(), c.cache + L"/OmbrisaAdminPanel/Patcher/ui_cache");
+    }
   }
 }
 

@@ -1,6 +1,7 @@
 // Windows: the folders come from LOCALAPPDATA and USERPROFILE, read with the real Win32 calls.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "app/paths.h"
@@ -17,6 +18,11 @@ TEST(WindowsUserFoldersTest, LocalAppDataAndProfileComeFromTheirVariables) {
   EXPECT_EQ(platform::LocalAppDataDirectory(), L"C:\\Users\\Zoë\\AppData\\Local");
   EXPECT_EQ(platform::UserProfileDirectory(), L"C:\\Users\\Zoë");
   EXPECT_EQ(LegacyDataDirectory(), L"C:\\Users\\Zoë\\AppData\\Local\\OmbrisaAdminPanel\\Patcher");
+}
+
+TEST(WindowsUserFoldersTest, PageCacheLivesInTheTemporaryFolder) {
+  EXPECT_EQ(std::filesystem::path(UiCacheDirectory()),
+            std::filesystem::temp_directory_path() / "OmbrisaAdminPanel" / "Patcher" / "ui_cache");
 }
 
 TEST(WindowsUserFoldersTest, NoLegacyFolderWithoutLocalAppData) {

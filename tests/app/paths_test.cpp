@@ -77,14 +77,14 @@ TEST(InstallDataDirectoryTest, AcceptsOnlyThirtyTwoLowerCaseHexDigits) {
   EXPECT_EQ(InstallDataDirectory(L"", good), L"");
 }
 
-TEST(UiCacheDirectoryTest, LivesUnderTheTemporaryFolderOrElseTheRuntimeFolder) {
-  EXPECT_EQ(ToPath(UiCacheDirectory()), fs::temp_directory_path() / "OmbrisaAdminPanel" / "Patcher" / "ui_cache");
+TEST(UiCacheDirectoryTest, FallsBackToTheRuntimeFolderWithoutAUserCacheFolder) {
   const InstallDataReset reset;
   const testing_support::TempDir scratch;
   const std::wstring missing = FromPath(scratch.path() / "missing");
-  // Every variable either system consults for its temporary folder points nowhere.
+  // Every variable either system consults for the user's cache base points nowhere.
   const testing_support::ScopedEnvironment tmpdir(L"TMPDIR", missing), tmp(L"TMP", missing),
-      temp(L"TEMP", missing), tempdir(L"TEMPDIR", missing);
+      temp(L"TEMP", missing), tempdir(L"TEMPDIR", missing), cacheHome(L"XDG_CACHE_HOME", std::nullopt),
+      home(L"HOME", std::nullopt);
   SetInstallDataDirectory(scratch.wide());
   EXPECT_EQ(ToPath(UiCacheDirectory()), scratch.path() / "OmbrisaAdminPanel" / "Patcher" / "ui_cache");
 }
