@@ -62,6 +62,12 @@ void OpenLog(std::wstring_view logDirectory, std::wstring_view profilePath, std:
   state.secondRedactionText = secondRedactionText;
 }
 
+std::wstring CurrentLogFilePath() {
+  SLogState& state = State();
+  const std::lock_guard lock(state.mutex);
+  return state.enabled ? platform::FromPath(state.logFile) : std::wstring();
+}
+
 void WriteLog(ELogLevel level, std::wstring_view category, std::wstring_view message) {
   SLogState& state = State();
   const std::lock_guard lock(state.mutex);

@@ -3,6 +3,7 @@
 // safe to write from any thread. Lines are flushed to disk before the call
 // returns, and no failure of the log ever reaches the caller.
 
+#include <string>
 #include <string_view>
 
 namespace logging {
@@ -16,6 +17,9 @@ inline constexpr std::wstring_view kPreviousLogFileName = L"launcher.prev.log";
 // message (normally both are the user's profile folder). An empty directory
 // disables the log. Calling it again re-points the log.
 void OpenLog(std::wstring_view logDirectory, std::wstring_view profilePath, std::wstring_view secondRedactionText);
+
+// The file lines currently go to; empty while the log is disabled.
+std::wstring CurrentLogFilePath();
 
 // Category is a short word such as "start" or "patch".
 void WriteLog(ELogLevel level, std::wstring_view category, std::wstring_view message);
