@@ -40,36 +40,38 @@ std::wstring Field(const std::string& snapshot, std::wstring_view member, std::w
   return value->IsNull() ? L"null" : L"<value>";
 }
 
+// Records every call as a line of text and runs posted messages on the test
+// thread, as a UI thread would.
 class CRecordingWindow final : public CAppWindow {
  public:
   void PostAppMessage(EAppMessage message) override {
     if (holdProgress && message == EAppMessage::Progress) HoldUntilClosing();
-    Post([&] { posted.push_back(message); });
+    const std::lock_guard lock(mutex_);
+    posted.push_back(message);
+    changed_.notify_all();
   }
-  void PostClose() override { Post([&] { closeRequested = true; }); }
-  void StartTimer(std::uint32_t periodMs) override { timerPeriod = periodMs; }
-  void StopTimer() override { timerPeriod = 0; }
-  void Minimize() override { calls.push_back(L"minimize"); }
-  void BeginMoveOrResize(EWindowGrip grip) override { calls.push_back(L"grip " + std::to_wstring(int(grip))); }
-  void ShowErrorBox(const std::wstring& text) override { calls.push_back(L"error box " + text); }
-  bool OpenUrl(const std::wstring& url) override {
-    calls.push_back(L"open " + url);
-    return url.find(L"unopenable") == std::wstring::npos;
-  }
-  void OpenFolder(const std::wstring& folder) override { calls.push_back(L"folder " + folder); }
-  void RevealFile(const std::wstring& file) override { calls.push_back(L"reveal " + file); }
+  void PostClose() override { Record(L"close"); }
+  void StartTimer(std::uint32_t periodMs) override { Record(L"timer " + std::to_wstring(periodMs)); }
+  void StopTimer() override { Record(L"timer off"); }
+  void Minimize() override { Record(L"minimize"); }
+  void BeginMoveOrResize(EWindowGrip grip) override { Record(L"grip " + std::to_wstring(int(grip))); }
+  void ShowErrorBox(const std::wstring& text) override { Record(L"error box " + text); }
+  bool OpenUrl(const std::wstring& url) override { return Record(L"open " + url), !url.ends_with(L"unopenable"); }
+  void OpenFolder(const std::wstring& folder) override { Record(L"folder " + folder); }
+  void RevealFile(const std::wstring& file) override { Record(L"reveal " + file); }
   bool CreatePage(const std::wstring& userDataFolder, SPageCallbacks callbacks, std::wstring&) override {
     page = std::move(callbacks);
     return !userDataFolder.empty();
   }
   void PostToPage(const std::string& utf8Text) override { pushed.push_back(utf8Text); }
-  void ClosePage() override {
-    page = {};
-    Post([&] { closing = true; });
+  void ClosePage() override { Record(L"page closed"); }
+
+  bool Called(std::wstring_view call) {
+    const std::lock_guard lock(mutex_);
+    return std::ranges::find(calls, call) != calls.end();
   }
 
-  // Runs posted messages on this thread until `done` holds once the queue is
-  // empty; false after a minute without it.
+  // Runs posted messages until `done` holds with none left; false after a minute without it.
   template <typename Done>
   bool RunUntil(CApp& app, Done done) {
     const auto giveUp = std::chrono::steady_clock::now() + std::chrono::minutes(1);
@@ -82,7 +84,9 @@ class CRecordingWindow final : public CAppWindow {
         app.OnAppMessage(message);
         lock.lock();
       }
+      lock.unlock();
       if (done()) return true;
+      lock.lock();
       if (std::chrono::steady_clock::now() > giveUp) return false;
       changed_.wait_for(lock, std::chrono::milliseconds(20), [&] { return !posted.empty(); });
     }
@@ -93,38 +97,33 @@ class CRecordingWindow final : public CAppWindow {
   }
 
   std::deque<EAppMessage> posted;
-  bool closeRequested = false;
-  std::uint32_t timerPeriod = 0;
   std::vector<std::wstring> calls;
   std::vector<std::string> pushed;
   SPageCallbacks page;
-  // When set, the first progress report waits until the window closes, so a
-  // test can close it in the middle of a patch.
+  // The first progress report then waits for the page to close, so a test
+  // can close the window in the middle of a patch.
   std::atomic<bool> holdProgress = false;
   std::atomic<bool> progressHeld = false;
 
  private:
+  void Record(std::wstring call) {
+    const std::lock_guard lock(mutex_);
+    calls.push_back(std::move(call));
+    changed_.notify_all();
+  }
+
   void HoldUntilClosing() {
     {
       std::unique_lock lock(mutex_);
       progressHeld = true;
-      changed_.notify_all();
-      changed_.wait(lock, [&] { return closing; });
+      changed_.wait(lock, [&] { return std::ranges::find(calls, L"page closed") != calls.end(); });
     }
     // Lets the closing controller get from closing the page to its stop request.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
 
-  template <typename Change>
-  void Post(Change change) {
-    const std::lock_guard lock(mutex_);
-    change();
-    changed_.notify_all();
-  }
-
   std::mutex mutex_;
   std::condition_variable changed_;
-  bool closing = false;
 };
 
 class ControllerTest : public sync_tests::CSyncTest {
@@ -159,7 +158,7 @@ class ControllerTest : public sync_tests::CSyncTest {
                                                [this] { return now_.load(); }});
     std::wstring error;
     ASSERT_TRUE(app_->Initialize(window_, error)) << text::WideToUtf8(error);
-    EXPECT_EQ(window_.timerPeriod, 1000u);
+    EXPECT_TRUE(window_.Called(L"timer 1000"));
     window_.page.pageLoaded();
   }
 
@@ -183,7 +182,7 @@ TEST_F(ControllerTest, FirstStartPatchesByItselfStartsTheGameAndCloses) {
   StartApp();
   EXPECT_EQ(window_.Last(L"phase"), L"connecting");
 
-  ASSERT_TRUE(window_.RunUntil(*app_, [&] { return window_.closeRequested; }));
+  ASSERT_TRUE(window_.RunUntil(*app_, [&] { return window_.Called(L"close"); }));
   EXPECT_EQ(launch_test::WaitForProbeRecord(game_.path()).size(), 1u) << "the game was started";
   EXPECT_EQ(testing_support::ReadFileBytes(game_.path() / "data/world.pak"), ContentFiles()[0].bytes);
   ASSERT_TRUE(Settled());
@@ -230,7 +229,7 @@ TEST_F(ControllerTest, AFailingBlobIsReportedOnceAndAutomaticRetriesStayQuiet) {
   }));
   app_->PushState();
   EXPECT_EQ(window_.Last(L"phase"), L"error");
-  EXPECT_FALSE(window_.closeRequested);
+  EXPECT_FALSE(window_.Called(L"close"));
   // The old notice is gone after 8 s, and no new one came.
   for (std::size_t i = before; i < window_.pushed.size(); ++i) EXPECT_EQ(Field(window_.pushed[i], L"notice"), L"null");
 }
@@ -259,7 +258,7 @@ TEST_F(ControllerTest, MaintenanceALanguageSwitchAndARepairThatLeavesTheGameAlon
   EXPECT_EQ(app_->Busy(), CApp::EWork::Repairing);
   ASSERT_TRUE(Settled());
   EXPECT_EQ(window_.Last(L"notice", L"message"), L"Patch complete. The game is ready to launch.");
-  EXPECT_FALSE(window_.closeRequested);
+  EXPECT_FALSE(window_.Called(L"close"));
   EXPECT_FALSE(fs::exists(game_.path() / "probe.out")) << "a repair never starts the game";
 }
 
@@ -272,11 +271,11 @@ TEST_F(ControllerTest, ClosingDuringAPatchStopsAfterTheRunAndStartsNothing) {
   EXPECT_EQ(app_->Busy(), CApp::EWork::Patching);
   app_->Shutdown();
   EXPECT_EQ(app_->Busy(), CApp::EWork::Idle);
-  EXPECT_EQ(window_.timerPeriod, 0u);
+  EXPECT_TRUE(window_.Called(L"timer off"));
   EXPECT_EQ(testing_support::ReadFileBytes(game_.path() / "data/world.pak"), ContentFiles()[0].bytes)
       << "a started run finishes its files";
   EXPECT_FALSE(fs::exists(game_.path() / "probe.out"));
-  EXPECT_FALSE(window_.closeRequested);
+  EXPECT_FALSE(window_.Called(L"close"));
   EXPECT_EQ(std::ranges::count(window_.posted, EAppMessage::WorkFinished), 0);
 }
 
@@ -288,44 +287,47 @@ TEST_F(ControllerTest, CommandsFromThePage) {
   ASSERT_TRUE(Settled());
   ASSERT_EQ(window_.Last(L"canPlay"), L"true");
   const fs::path log = runtime_.path() / "launcher.log";
-  const auto refusals = [&] {
-    const std::string text = testing_support::ReadFileBytes(log);
-    std::size_t count = 0;
-    for (std::size_t at = text.find("[bridge] refused a webview command"); at != std::string::npos;
-         at = text.find("[bridge] refused a webview command", at + 1)) {
-      ++count;
-    }
-    return count;
+  // Each message with the window call it makes, if any.
+  const std::pair<const char*, std::wstring> commands[] = {
+      {R"({"command":"Patch"})", L""},          // refused: names compare exactly
+      {R"({"command":"patch"})", L""},          // dropped: no patch is available
+      {R"({"command":"removeOrphans"})", L""},  // dropped: no orphans are known
+      {R"({"command":"toggleSettings"})", L""},
+      {R"({"command":"startResize","edge":"Left"})", L""},
+      {R"({"command":"startResize","edge":"bottomRight"})", L"grip 17"},
+      {R"({"command":"startDrag"})", L"grip 2"},
+      {R"({"command":"minimize"})", L"minimize"},
+      {R"({"command":"openExternal","url":" example.org/news "})", L"open https://example.org/news"},
+      {R"({"command":"openLog"})", L"reveal " + platform::FromPath(log)},
   };
-
-  for (const char* message : {R"({"command":"Patch"})", R"({"command":"patch"})", R"({"command":"removeOrphans"})",
-                              R"({"command":"toggleSettings"})", R"({"command":"startResize","edge":"Left"})"}) {
+  for (const auto& [message, call] : commands) {
+    const std::size_t before = window_.calls.size();
     Send(message);
+    EXPECT_EQ(window_.calls.size() - before, call.empty() ? 0u : 1u) << message;
+    if (!call.empty()) {
+      EXPECT_EQ(window_.calls.back(), call) << message;
+    }
   }
-  EXPECT_EQ(refusals(), 1u) << "only the misspelt name is refused; disabled commands are dropped silently";
   EXPECT_EQ(app_->Busy(), CApp::EWork::Idle);
-  for (const char* message :
-       {R"({"command":"startResize","edge":"bottomRight"})", R"({"command":"startDrag"})", R"({"command":"minimize"})",
-        R"({"command":"openExternal","url":" example.org/news "})", R"({"command":"openLog"})"}) {
-    Send(message);
-  }
-  const std::wstring logPath = platform::FromPath(log);
-  EXPECT_EQ(window_.calls, (std::vector<std::wstring>{L"grip 17", L"grip 2", L"minimize",
-                                                      L"open https://example.org/news", L"reveal " + logPath}));
+  const std::string logText = testing_support::ReadFileBytes(log);
+  const std::string refusalLine = "WARN  [bridge] refused a webview command\n";
+  const std::size_t refusal = logText.find(refusalLine);
+  EXPECT_NE(refusal, std::string::npos);
+  EXPECT_EQ(logText.find(refusalLine, refusal + 1), std::string::npos) << "only the misspelt name is refused";
   fs::remove(log);
   Send(R"({"command":"openLog"})");
   EXPECT_EQ(window_.calls.back(), L"folder " + runtime_.wide());
 
   const std::pair<const char*, std::wstring> notices[] = {
       {R"({"command":"openExternal","url":"http://example.org"})", L"That link was refused."},
-      {R"({"command":"openExternal","url":"https://unopenable.example"})", L"That link could not be opened."},
+      {R"({"command":"openExternal","url":"https://example.org/unopenable"})", L"That link could not be opened."},
       {R"({"command":"play"})", L"Could not start game executable: " + platform::FromPath(game_.path() / "ctl-game.exe")},
   };
   for (const auto& [message, notice] : notices) {
     Send(message);
     EXPECT_EQ(window_.Last(L"notice", L"message").substr(0, notice.size()), notice) << message;
   }
-  EXPECT_FALSE(window_.closeRequested);
+  EXPECT_FALSE(window_.Called(L"close"));
 
   // An unchanged state is not sent again, but a reloaded page gets it at once.
   const std::size_t sent = window_.pushed.size();
@@ -339,7 +341,7 @@ TEST_F(ControllerTest, CommandsFromThePage) {
   launch_test::CopyProbe(game_.path(), L"ctl-game.exe");
   Send(R"({"command":"playMulti"})");
   EXPECT_FALSE(launch_test::WaitForProbeRecord(game_.path()).empty());
-  ASSERT_TRUE(window_.RunUntil(*app_, [&] { return window_.closeRequested; }));
+  ASSERT_TRUE(window_.RunUntil(*app_, [&] { return window_.Called(L"close"); }));
 }
 
 }  // namespace
