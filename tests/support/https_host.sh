@@ -9,6 +9,8 @@
 #       gzip is on for text/plain; <state-dir>/logs/access.log has one line per request:
 #       "<uri> | <status> | <protocol> | Range: <value> | Accept-Encoding: <value> |
 #        Content-Encoding: <value> | User-Agent: <value>"
+#       With HTTPS_HOST_RATE set (nginx's limit_rate, such as "200k"), every response is
+#       sent no faster, so a demo or a test can watch a patch while it runs.
 #   https_host.sh stop <state-dir>
 #
 # Clients trust the CA through SSL_CERT_FILE=<state-dir>/ca.pem (OpenSSL) or by adding
@@ -91,6 +93,7 @@ http {
     ssl_certificate $dir/server.pem;
     ssl_certificate_key $dir/server.key;
     root $www;
+    ${HTTPS_HOST_RATE:+limit_rate $HTTPS_HOST_RATE;}
   }
 }
 EOF

@@ -1,6 +1,9 @@
 #include "ui/gtk/gtk_launcher_main.h"
 
+#include <glib-unix.h>
 #include <gtk/gtk.h>
+
+#include <csignal>
 
 #include <cstdio>
 #include <string>
@@ -37,6 +40,13 @@ int RunGtkLauncher(int argc, char** argv) {
     CApp app(DefaultAppSettings());
     CGtkLauncherWindow window(app);
     if (!window.Create(errorText)) return false;
+    // Ending the session or the process closes the window as its close button would.
+    for (const int signal : {SIGTERM, SIGINT}) {
+      g_unix_signal_add(signal, +[](gpointer self) -> gboolean {
+        static_cast<CGtkLauncherWindow*>(self)->PostClose();
+        return G_SOURCE_CONTINUE;
+      }, &window);
+    }
     instance.ListenForRaise([&] {
       logging::LogInfo(L"start", kBroughtForward);
       window.Raise();
