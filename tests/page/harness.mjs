@@ -69,17 +69,13 @@ export async function newLauncherPage(browser, { engine = 'webview2', size = [10
 
 // The page loaded with its clock paused at `time`, and helpers to talk to it.
 export async function openPage(browser, { time, ...options }) {
-  const { page, requests, context } = await newLauncherPage(browser, options);
+  const { page, requests } = await newLauncherPage(browser, options);
   await page.clock.install({ time: time.getTime() - 1000 });
   await page.clock.pauseAt(time);
   await page.goto(ORIGIN);
   await page.evaluate(() => document.fonts.ready);
-  return {
-    page,
-    requests,
-    context,
-    send: (snapshot) => page.evaluate((text) => window.__deliver(text), typeof snapshot === 'string' ? snapshot : JSON.stringify(snapshot)),
-    // Commands sent since the last call, as the page wrote them.
-    takeCommands: () => page.evaluate(() => window.__commands.splice(0)),
-  };
+  const send = (snapshot) => page.evaluate((text) => window.__deliver(text), typeof snapshot === 'string' ? snapshot : JSON.stringify(snapshot));
+  // Commands sent since the last call, as the page wrote them.
+  const takeCommands = () => page.evaluate(() => window.__commands.splice(0));
+  return { page, requests, send, takeCommands };
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <span>
 #include <string>
 
 #include "platform/embedded_resource.h"
@@ -18,11 +20,15 @@ constexpr std::wstring_view kJpegHeaders = L"Content-Type: image/jpeg\r\nCache-C
 
 std::wstring OnPageHost(std::wstring_view path) { return std::wstring(webview::PageOrigin()) + std::wstring(path); }
 
-void ExpectNotFound(const webview::SAssetResponse& response, const std::wstring& uri) {
-  EXPECT_EQ(response.statusCode, 404) << uri;
-  EXPECT_EQ(response.reasonPhrase, L"Not Found");
-  EXPECT_EQ(response.headers, L"Content-Length: 0\r\n");
-  EXPECT_TRUE(response.body.empty());
+// A 404 when `headers` is empty, else 200 with those headers, that resource id and that body.
+void ExpectAnswer(const webview::SAssetResponse& response, std::wstring_view headers, int resourceId,
+                  std::span<const std::uint8_t> body, const std::wstring& label) {
+  const bool found = !headers.empty();
+  EXPECT_EQ(response.statusCode, found ? 200 : 404) << label;
+  EXPECT_EQ(response.reasonPhrase, found ? L"OK" : L"Not Found") << label;
+  EXPECT_EQ(response.headers, found ? headers : L"Content-Length: 0\r\n") << label;
+  EXPECT_EQ(response.resourceId, resourceId) << label;
+  EXPECT_TRUE(std::ranges::equal(response.body, found ? body : std::span<const std::uint8_t>())) << label;
 }
 
 TEST(AssetRoutes, EmbeddedRoutesAnswerWithTheirResourceAndHeaders) {
@@ -57,17 +63,7 @@ TEST(AssetRoutes, EmbeddedRoutesAnswerWithTheirResourceAndHeaders) {
       {L"", 0, {}},
   };
   for (const SCase& c : cases) {
-    const webview::SAssetResponse response = webview::ResolveAssetRequest(c.uri);
-    if (c.resourceId == 0) {
-      ExpectNotFound(response, c.uri);
-      continue;
-    }
-    EXPECT_EQ(response.statusCode, 200) << c.uri;
-    EXPECT_EQ(response.reasonPhrase, L"OK");
-    EXPECT_EQ(response.resourceId, c.resourceId) << c.uri;
-    EXPECT_EQ(response.headers, c.headers) << c.uri;
-    const std::span<const std::uint8_t> bytes = platform::LoadEmbeddedResource(c.resourceId);
-    EXPECT_TRUE(std::equal(response.body.begin(), response.body.end(), bytes.begin(), bytes.end())) << c.uri;
+    ExpectAnswer(webview::ResolveAssetRequest(c.uri), c.headers, c.resourceId, platform::LoadEmbeddedResource(c.resourceId), c.uri);
   }
 }
 
@@ -114,19 +110,12 @@ TEST(AssetRoutes, TheCoverIsServedFromItsRegisteredFileWithinItsSizeLimit) {
   for (const SCase& c : cases) {
     const std::string bytes(c.size, 'x');
     webview::RegisterMedia(webview::kCoverMediaPath, platform::FromPath(dir.Write(c.fileName, bytes)));
-    const webview::SAssetResponse response = webview::ResolveAssetRequest(OnPageHost(L"media/cover?v=1"));
-    if (c.headers.empty()) {
-      ExpectNotFound(response, platform::FromPath(c.fileName));
-      continue;
-    }
-    EXPECT_EQ(response.statusCode, 200) << c.fileName;
-    EXPECT_EQ(response.headers, c.headers) << c.fileName;
-    EXPECT_EQ(response.resourceId, 0);
-    EXPECT_EQ(std::string(response.body.begin(), response.body.end()), bytes) << c.fileName;
+    ExpectAnswer(webview::ResolveAssetRequest(OnPageHost(L"media/cover?v=1")), c.headers, 0,
+                 {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, platform::FromPath(c.fileName));
   }
   webview::RegisterMedia(webview::kCoverMediaPath, dir.wide() + L"/missing.png");
-  ExpectNotFound(webview::ResolveAssetRequest(OnPageHost(L"media/cover")), L"missing");
-  ExpectNotFound(webview::ResolveAssetRequest(OnPageHost(L"media/other.png")), L"unregistered");
+  ExpectAnswer(webview::ResolveAssetRequest(OnPageHost(L"media/cover")), {}, 0, {}, L"missing");
+  ExpectAnswer(webview::ResolveAssetRequest(OnPageHost(L"media/other.png")), {}, 0, {}, L"unregistered");
 }
 
 }  // namespace
