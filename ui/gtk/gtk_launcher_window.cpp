@@ -15,7 +15,8 @@
 
 namespace {
 
-constexpr int kProgramIconId = 102;
+// The crest: the window icon (the .ico resource exists only in the Windows build).
+constexpr int kProgramIconId = 202;
 constexpr char kMessageHandlerName[] = "launcher";
 constexpr char kReceiveCall[] = "window.__launcherReceive(text);";
 constexpr wchar_t kPageNotLoaded[] = L"The interface could not be loaded.";
@@ -34,18 +35,22 @@ std::string PageScheme() {
   return origin.substr(0, origin.find(':'));
 }
 
-// "Name: value\r\n" lines into the response's header table.
-SoupMessageHeaders* HeadersFromText(std::wstring_view text) {
+// "Name: value\r\n" lines into the response's header table. WebKit takes the
+// type from its own field, not from the headers, so it is set there too.
+void SetHeaders(WebKitURISchemeResponse* response, std::wstring_view text) {
   SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
   while (!text.empty()) {
     const std::size_t end = text.find(L"\r\n");
     const std::wstring_view line = text.substr(0, end);
     if (const std::size_t colon = line.find(L": "); colon != std::wstring_view::npos) {
-      soup_message_headers_append(headers, Utf8(line.substr(0, colon)).c_str(), Utf8(line.substr(colon + 2)).c_str());
+      const std::string name = Utf8(line.substr(0, colon));
+      const std::string value = Utf8(line.substr(colon + 2));
+      soup_message_headers_append(headers, name.c_str(), value.c_str());
+      if (name == "Content-Type") webkit_uri_scheme_response_set_content_type(response, value.c_str());
     }
     text.remove_prefix(end == std::wstring_view::npos ? text.size() : end + 2);
   }
-  return headers;
+  webkit_uri_scheme_response_set_http_headers(response, headers);
 }
 
 void AnswerPageRequest(WebKitURISchemeRequest* request, gpointer) {
@@ -58,7 +63,7 @@ void AnswerPageRequest(WebKitURISchemeRequest* request, gpointer) {
   GInputStream* stream = g_memory_input_stream_new_from_bytes(bytes);
   WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, g_bytes_get_size(bytes));
   webkit_uri_scheme_response_set_status(response, answer.statusCode, Utf8(answer.reasonPhrase).c_str());
-  webkit_uri_scheme_response_set_http_headers(response, HeadersFromText(answer.headers));
+  SetHeaders(response, answer.headers);
   webkit_uri_scheme_request_finish_with_response(request, response);
   g_object_unref(response);
   g_object_unref(stream);
@@ -374,17 +379,19 @@ void CGtkLauncherWindow::OnScriptMessage(WebKitUserContentManager*, WebKitJavasc
 
 void CGtkLauncherWindow::OnLoadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer self) {
   auto* window = static_cast<CGtkLauncherWindow*>(self);
-  if (event != WEBKIT_LOAD_FINISHED || window->closing_) return;
+  // A load that failed also finishes, with no page to show.
+  if (event != WEBKIT_LOAD_FINISHED || window->closing_ || !IsOnPageOrigin(webkit_web_view_get_uri(window->view_))) {
+    return;
+  }
   gtk_widget_show(GTK_WIDGET(window->view_));
   if (window->page_.pageLoaded) window->page_.pageLoaded();
 }
 
 gboolean CGtkLauncherWindow::OnLoadFailed(WebKitWebView*, WebKitLoadEvent, gchar* uri, GError* error, gpointer self) {
   auto* window = static_cast<CGtkLauncherWindow*>(self);
-  // A navigation the policy refused also ends here; only the page itself failing is fatal.
-  const bool refused = error->domain == WEBKIT_POLICY_ERROR ||
-                       g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
-  if (refused || window->closing_ || !IsOnPageOrigin(uri) || !window->page_.fatalError) return FALSE;
+  // Refused navigations elsewhere end here too; only the page itself failing is fatal.
+  const bool cancelled = g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED);
+  if (cancelled || window->closing_ || !IsOnPageOrigin(uri) || !window->page_.fatalError) return FALSE;
   window->page_.fatalError(WithCode(kPageNotLoaded, error->code));
   return TRUE;
 }
