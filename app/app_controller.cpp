@@ -108,6 +108,7 @@ bool CApp::CreateWebViewUi(std::wstring& errorText) {
 }
 
 void CApp::OnPageLoaded() {
+  logging::LogInfo(L"webview", L"page loaded");
   // A (re)loaded page holds nothing yet: it gets the whole state at once.
   pageReady_ = true;
   lastPushed_.clear();

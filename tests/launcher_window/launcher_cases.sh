@@ -23,6 +23,8 @@ export HOME=$work/home XDG_DATA_HOME=$work/home/data XDG_CACHE_HOME=$work/home/c
 export SSL_CERT_FILE=$servers/https/ca.pem VL_TEST_PATCH_HOST=https://localhost:$port/$case_name/
 # GTK and WebKit keep some allocations for the life of the process.
 export ASAN_OPTIONS=detect_leaks=0 NO_AT_BRIDGE=1
+# Software rendering under Xvfb paints far sooner without the compositor.
+export WEBKIT_DISABLE_COMPOSITING_MODE=1
 
 pids=()
 cleanup() {
@@ -87,7 +89,27 @@ expect_exit() {  # <pid> <code> <what it means when it differs>
 }
 
 logged() { grep -q -- "$2" "$work/$1/launcher.log"; }
+logged_more() { [ "$(grep -c -- "$2" "$work/$1/launcher.log")" -gt "$3" ]; }  # <folder> <text> <count before>
 window_of() { xdotool search --onlyvisible --pid "$1" --name '^Vardeni Launcher$' | head -n 1; }
+
+# Positions in the 1000 x 640 window of the Arabic page (the build's default language),
+# where the reading side is on the right.
+main_button=(156 533)
+close_button=(32 26)
+
+# The page has painted: the middle of the window is neither the window's own background
+# nor blank.
+page_drawn() {  # <pid>
+  local window colour
+  window=$(window_of "$1")
+  [ -n "$window" ] || return 1  # import would wait for a click on some window
+  colour=$(import -window "$window" -crop 1x1+500+320 -depth 8 txt:- | grep -o '#[0-9A-F]\{6\}' | head -n 1)
+  [ -n "$colour" ] && [ "$colour" != "#0B0F17" ] && [ "$colour" != "#FFFFFF" ]
+}
+
+click() {  # <pid> <x> <y>: a real click, inside that launcher's window
+  xdotool mousemove --window "$(window_of "$1")" "$2" "$3" click 1
+}
 
 same_as_release() {  # <folder>: every published file is in its game folder, byte for byte
   (cd "$operator_game" && find . -type f) | while read -r file; do
@@ -106,6 +128,40 @@ patch_then_play)
   expect_exit "$started" 0 "the launcher did not end after starting the game"
   test -s "$work/player/app/probe.out" || fail "the game was not started"
   same_as_release player
+  # Up to date now: the main button plays.
+  rm "$work/player/app/probe.out"
+  checks=$(grep -c "verified build 1" "$work/player/launcher.log")
+  start player
+  wait_for "the check of the host" logged_more player "verified build 1" "$checks"
+  wait_for "the page" page_drawn "$started"
+  shot ready
+  for _ in $(seq 20); do
+    click "$started" "${main_button[@]}" 2>/dev/null || true
+    for _ in $(seq 10); do kill -0 "$started" 2>/dev/null || break; sleep 0.1; done
+    kill -0 "$started" 2>/dev/null || break
+  done
+  expect_exit "$started" 0 "Play did not start the game and close the launcher"
+  test -s "$work/player/app/probe.out" || fail "Play did not start the game"
+  ;;
+close_during_patch)
+  # A host of its own, slowed down, so the patch is still running when the player closes.
+  host_port=$(HTTPS_HOST_RATE=50k "$(dirname "$0")/../support/https_host.sh" start "$work/host" "$www" 300)
+  trap 'cleanup; "$(dirname "$0")/../support/https_host.sh" stop "$work/host"' EXIT
+  export SSL_CERT_FILE=$work/host/ca.pem VL_TEST_PATCH_HOST=https://localhost:$host_port/
+  mkdir -p "$operator_game/data"
+  for i in $(seq 24); do head -c 60000 /dev/urandom >"$operator_game/data/part_$i.pak"; done
+  publish 1
+  install player
+  start player
+  wait_for "the patch" logged player "file(s) to fetch"
+  wait_for "the page" page_drawn "$started"
+  shot patching
+  click "$started" "${close_button[@]}"
+  expect_exit "$started" 0 "closing during a patch did not end the launcher cleanly"
+  logged player "applied" || fail "the patch did not finish its files before the launcher ended"
+  [ -z "$(find "$work/player/app" -name '*.part' -o -name '*.tmp')" ] || fail "half-written files were left behind"
+  same_as_release player
+  [ ! -e "$work/player/app/probe.out" ] || fail "the game was started after the player closed the launcher"
   ;;
 one_launcher_per_installation)
   # No release yet: the launchers stay open, showing the lost connection.
