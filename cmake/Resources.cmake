@@ -8,21 +8,26 @@
 # vl_embed_resources); also run as a script at build time to write the table.
 
 # Reads the "<id> RCDATA "<file>"" lines of a resource script into a list of
-# "<id>|<absolute file>" entries.
-function(vl_read_resource_list script out)
+# "<id>|<absolute file>" entries. A file is looked for beside the script,
+# then among the files the build generates (`generated`, the page).
+function(vl_read_resource_list script generated out)
   get_filename_component(base "${script}" DIRECTORY)
   file(STRINGS "${script}" lines REGEX "^[ \t]*[0-9]+[ \t]+RCDATA[ \t]+\"[^\"]+\"")
   set(entries "")
   foreach(line IN LISTS lines)
     string(REGEX MATCH "^[ \t]*([0-9]+)[ \t]+RCDATA[ \t]+\"([^\"]+)\"" _ "${line}")
-    list(APPEND entries "${CMAKE_MATCH_1}|${base}/${CMAKE_MATCH_2}")
+    set(file "${base}/${CMAKE_MATCH_2}")
+    if(NOT EXISTS "${file}")
+      set(file "${generated}/${CMAKE_MATCH_2}")
+    endif()
+    list(APPEND entries "${CMAKE_MATCH_1}|${file}")
   endforeach()
   set(${out} "${entries}" PARENT_SCOPE)
 endfunction()
 
 if(CMAKE_SCRIPT_MODE_FILE)
-  # Script mode: -DSCRIPT=<resources.rc> -DOUTPUT=<generated .cpp>
-  vl_read_resource_list("${SCRIPT}" entries)
+  # Script mode: -DSCRIPT=<resources.rc> -DGENERATED=<folder> -DOUTPUT=<generated .cpp>
+  vl_read_resource_list("${SCRIPT}" "${GENERATED}" entries)
   set(arrays "")
   set(table "")
   foreach(entry IN LISTS entries)
@@ -52,7 +57,7 @@ endif()
 
 set(VL_RESOURCE_SCRIPT "${CMAKE_SOURCE_DIR}/ui/resources/resources.rc")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${VL_RESOURCE_SCRIPT}")
-vl_read_resource_list("${VL_RESOURCE_SCRIPT}" vl_resource_entries)
+vl_read_resource_list("${VL_RESOURCE_SCRIPT}" "${VL_GENERATED_RESOURCE_DIR}" vl_resource_entries)
 set(vl_resource_files "")
 foreach(entry IN LISTS vl_resource_entries)
   string(REGEX REPLACE "^[0-9]+\\|" "" file "${entry}")
@@ -62,12 +67,15 @@ endforeach()
 if(WIN32)
   enable_language(RC)
   add_library(vl_embedded_resources OBJECT "${VL_RESOURCE_SCRIPT}")
+  # windres looks for the files it embeds in its include folders too.
+  target_include_directories(vl_embedded_resources PRIVATE "${VL_GENERATED_RESOURCE_DIR}")
   # windres reports no dependencies, so the listed files are named here.
   set_source_files_properties("${VL_RESOURCE_SCRIPT}" PROPERTIES OBJECT_DEPENDS "${vl_resource_files}")
 else()
   set(vl_resource_table "${CMAKE_BINARY_DIR}/generated/embedded_resources.cpp")
   add_custom_command(OUTPUT "${vl_resource_table}"
-    COMMAND ${CMAKE_COMMAND} -DSCRIPT=${VL_RESOURCE_SCRIPT} -DOUTPUT=${vl_resource_table}
+    COMMAND ${CMAKE_COMMAND} -DSCRIPT=${VL_RESOURCE_SCRIPT} -DGENERATED=${VL_GENERATED_RESOURCE_DIR}
+            -DOUTPUT=${vl_resource_table}
             -P "${CMAKE_CURRENT_LIST_DIR}/Resources.cmake"
     DEPENDS "${VL_RESOURCE_SCRIPT}" ${vl_resource_files} "${CMAKE_CURRENT_LIST_FILE}"
     COMMENT "Embedding the resources listed in resources.rc")

@@ -1,0 +1,84 @@
+// Opens the built page in Debian's Chromium the way the launcher serves it:
+// on the private origin, with the asset handler's headers (so its content
+// security policy is in force), and with a stand-in for the native side
+// that records every command and delivers snapshots.
+import { readFile } from 'node:fs/promises';
+import { join } from 'node:path';
+import { chromium } from 'playwright-core';
+
+export const ORIGIN = 'https://launcher.vardeni.invalid/';
+const ROOT = new URL('../../', import.meta.url).pathname;
+export const PAGE_FILE = process.env.VL_PAGE_FILE ?? join(ROOT, 'build/page/page.html');
+const RESOURCES = join(ROOT, 'ui/resources');
+// The asset handler's header text for the page and for pictures.
+const PAGE_HEADERS = {
+  'Content-Type': 'text/html; charset=utf-8',
+  'Cache-Control': 'no-store',
+  'Content-Security-Policy': "default-src 'self' 'unsafe-inline' data:; connect-src 'none'; frame-src 'none'; object-src 'none'",
+};
+const ROUTES = [
+  [/^\/$/, () => PAGE_FILE, PAGE_HEADERS],
+  [/^\/Cairo\.ttf$/, () => join(RESOURCES, 'Cairo.ttf'), { 'Content-Type': 'font/ttf' }],
+  [/^\/images\/(scene\.jpg|logo\.png)$/, (m) => join(RESOURCES, 'images', m[1]), {}],
+  [/^\/icons\/(\d+_(active|incoming)\.png)$/, (m) => join(RESOURCES, 'icons', m[1]), { 'Content-Type': 'image/png' }],
+  [/^\/media\/cover$/, () => join(RESOURCES, 'images/scene.jpg'), { 'Content-Type': 'image/jpeg' }],
+];
+
+// Stand-ins for the two engines' message channels, installed before the page runs.
+function installBridge(engine) {
+  window.__commands = [];
+  window.__violations = [];
+  document.addEventListener('securitypolicyviolation', (event) => window.__violations.push(event.violatedDirective));
+  if (engine === 'webkit') {
+    window.webkit = { messageHandlers: { launcher: { postMessage: (text) => window.__commands.push(text) } } };
+    window.__deliver = (text) => window.__launcherReceive(text);
+    return;
+  }
+  const listeners = [];
+  window.chrome = {
+    webview: {
+      postMessage: (text) => window.__commands.push(text),
+      addEventListener: (type, listener) => type === 'message' && listeners.push(listener),
+    },
+  };
+  window.__deliver = (text) => listeners.forEach((listener) => listener({ data: text }));
+}
+
+export async function launchBrowser() {
+  return chromium.launch({
+    executablePath: '/usr/bin/chromium',
+    args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
+      '--disable-background-networking', '--disable-component-update', '--disable-sync'],
+  });
+}
+
+// A fresh page with its clock paused at `time`. `requests` lists every URL the page asked for.
+export async function openPage(browser, { engine = 'webview2', size = [1000, 640], time, timezoneId = 'UTC' } = {}) {
+  const context = await browser.newContext({ viewport: { width: size[0], height: size[1] }, timezoneId });
+  context.setDefaultTimeout(5000);
+  const page = await context.newPage();
+  const requests = [];
+  page.on('request', (request) => requests.push(request.url()));
+  await context.route('**/*', async (route) => {
+    const url = route.request().url();
+    const path = url.startsWith(ORIGIN) ? url.slice(ORIGIN.length - 1).split(/[?#]/)[0] : null;
+    for (const [pattern, file, headers] of ROUTES) {
+      const match = path?.match(pattern);
+      if (match) return route.fulfill({ status: 200, headers: { 'Cache-Control': 'no-store', ...headers }, body: await readFile(file(match)) });
+    }
+    return route.fulfill({ status: 404, headers: { 'Content-Length': '0' }, body: '' });
+  });
+  await page.clock.install({ time: time.getTime() - 1000 });
+  await page.clock.pauseAt(time);
+  await page.addInitScript(installBridge, engine);
+  await page.goto(ORIGIN);
+  await page.evaluate(() => document.fonts.ready);
+  return {
+    page,
+    requests,
+    context,
+    send: (snapshot) => page.evaluate((text) => window.__deliver(text), typeof snapshot === 'string' ? snapshot : JSON.stringify(snapshot)),
+    // Commands sent since the last call, as the page wrote them.
+    takeCommands: () => page.evaluate(() => window.__commands.splice(0)),
+  };
+}
