@@ -98,12 +98,13 @@ TEST(BridgeCommand, MessagesAreAcceptedOnlyInTheirExactForm) {
     EXPECT_EQ(request.argument, c.argument) << c.message;
   }
   // The length limit counts bytes, valid JSON or not.
-  std::string atLimit = R"({"command":"close","pad":")";
-  atLimit += std::string(kMaxCommandBytes - atLimit.size() - 2, 'x') + "\"}";
+  const auto padded = [](std::size_t size) {
+    const std::string head = R"({"command":"close","pad":")";
+    return head + std::string(size - head.size() - 2, 'x') + "\"}";
+  };
   SBridgeRequest request;
-  EXPECT_TRUE(ParseBridgeCommand(atLimit, request));
-  atLimit.insert(atLimit.size() - 2, "x");
-  EXPECT_FALSE(ParseBridgeCommand(atLimit, request));
+  EXPECT_TRUE(ParseBridgeCommand(padded(kMaxCommandBytes), request));
+  EXPECT_FALSE(ParseBridgeCommand(padded(kMaxCommandBytes + 1), request));
 }
 
 TEST(LinkPolicy, OnlyHttpsAddressesWithoutShellCharactersPass) {
