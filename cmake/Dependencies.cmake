@@ -25,6 +25,16 @@ if(WIN32)
   target_compile_definitions(vl_sodium INTERFACE SODIUM_STATIC)
   target_link_libraries(vl_sodium INTERFACE "${LAUNCHER_MINGW_SODIUM_DIR}/lib/libsodium.a")
 
+  # WebView2: the SDK's headers (and a header-name shim for mingw-w64). mingw
+  # cannot link the SDK's static loader library, so the launcher imports
+  # WebView2Loader.dll itself, shipped beside the executable.
+  set(webview2_sdk "${LAUNCHER_NUGET_DIR}/microsoft.web.webview2/1.0.3719.77/build/native")
+  set(LAUNCHER_WEBVIEW2_LOADER "${webview2_sdk}/x64/WebView2Loader.dll")
+  add_library(vl_webview2 INTERFACE)
+  target_include_directories(vl_webview2 SYSTEM INTERFACE "${webview2_sdk}/include"
+                             "${CMAKE_SOURCE_DIR}/ui/win/compat")
+  target_link_libraries(vl_webview2 INTERFACE "${LAUNCHER_WEBVIEW2_LOADER}")
+
   # SHA-256 comes from CNG.
   add_library(vl_sha256_provider INTERFACE)
   target_link_libraries(vl_sha256_provider INTERFACE bcrypt)

@@ -17,13 +17,17 @@ function(vl_library name)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 
-# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ... [FIXTURE name]): one GoogleTest executable per layer.
-# FIXTURE names a CTest fixture every test of the executable requires (e.g. the test servers).
+# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ... [FIXTURE name] [EMULATOR program]): one GoogleTest
+# executable per layer. FIXTURE names a CTest fixture every test of the executable requires (e.g. the test
+# servers); EMULATOR replaces the cross build's emulator for it (e.g. Wine on a display of its own).
 function(vl_test name)
-  cmake_parse_arguments(ARG "" "FIXTURE" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "" "FIXTURE;EMULATOR" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
   vl_select_sources(srcs)
   add_executable(${name} ${srcs})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} vl_test_support GTest::gtest_main)
+  if(ARG_EMULATOR)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${ARG_EMULATOR}")
+  endif()
   set(properties ENVIRONMENT "VL_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data")
   if(ARG_FIXTURE)
     list(APPEND properties FIXTURES_REQUIRED ${ARG_FIXTURE})
