@@ -57,7 +57,9 @@ void HardenDllSearch() {
     setDefault(LOAD_LIBRARY_SEARCH_SYSTEM32);
   }
   SetDllDirectoryW(L"");
-  for (const wchar_t* dll : {L"mscoree.dll", L"winhttp.dll"}) LoadLibraryExW(dll, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  for (const wchar_t* dll : {L"mscoree.dll", L"winhttp.dll"}) {
+    LoadLibraryExW(dll, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  }
 }
 
 // Per-monitor awareness where the system has it, else system awareness.

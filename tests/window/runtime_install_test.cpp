@@ -13,9 +13,8 @@
 
 namespace {
 
-constexpr char kExecutableStart[] = "MZ\x90\0\3\0\0\0";
-constexpr char kErrorPage[] = "<!DOCTYPE html><html><head><title>Service Unavailable</title></head>"
-                              "<body><h1>503</h1><p>Please try again later.</p></body></html>";
+const std::string kInstaller("MZ\x90\0\3\0\0\0", 8);
+const std::string kErrorPage = "<!DOCTYPE html><html><body><h1>503</h1><p>Please try again later.</p></body></html>";
 
 // A process that ends at once with `exitCode`, as an installer would.
 HANDLE StartExiting(DWORD exitCode) {
@@ -43,19 +42,15 @@ struct SCase {
 };
 
 TEST(RuntimeInstall, DecidesFromTheDownloadTheStartAndTheRuntimeItself) {
+  constexpr auto kWait = webview::kInstallerWaitLimitMs;
   const SCase cases[] = {
-      {"error page instead of an installer", kErrorPage, 0, 0, true, webview::kInstallerWaitLimitMs, false,
-       L"the downloaded installer was not a Windows executable"},
-      {"elevation declined", std::string(kExecutableStart, 8), ERROR_CANCELLED, 0, true,
-       webview::kInstallerWaitLimitMs, false, L"elevation declined"},
-      {"installer missing", std::string(kExecutableStart, 8), ERROR_FILE_NOT_FOUND, 0, true,
-       webview::kInstallerWaitLimitMs, false, L"could not start the installer (Win32 2)"},
-      {"odd exit code, runtime installed", std::string(kExecutableStart, 8), 0, 1603, true,
-       webview::kInstallerWaitLimitMs, true, L""},
-      {"odd exit code, no runtime", std::string(kExecutableStart, 8), 0, 1603, false,
-       webview::kInstallerWaitLimitMs, false, L"installer exit code 1603"},
-      {"installer outlives its time", std::string(kExecutableStart, 8), 0, 0, true, 0, false,
-       L"the installer did not finish within 15 minutes"},
+      {"error page", kErrorPage, 0, 0, true, kWait, false, L"the downloaded installer was not a Windows executable"},
+      {"elevation declined", kInstaller, ERROR_CANCELLED, 0, true, kWait, false, L"elevation declined"},
+      {"no installer", kInstaller, ERROR_FILE_NOT_FOUND, 0, true, kWait, false,
+       L"could not start the installer (Win32 2)"},
+      {"odd exit code, runtime there", kInstaller, 0, 1603, true, kWait, true, L""},
+      {"odd exit code, no runtime", kInstaller, 0, 1603, false, kWait, false, L"installer exit code 1603"},
+      {"too slow", kInstaller, 0, 0, true, 0, false, L"the installer did not finish within 15 minutes"},
   };
   for (const SCase& c : cases) {
     SCOPED_TRACE(c.name);

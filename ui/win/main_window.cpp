@@ -112,9 +112,10 @@ void CMainWindow::ApplyCompositorLook() {
 }
 
 void CMainWindow::SetIcons() {
-  SendMessageW(window_, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(LoadProgramIcon(instance_, SM_CXICON, SM_CYICON)));
-  SendMessageW(window_, WM_SETICON, ICON_SMALL,
-               reinterpret_cast<LPARAM>(LoadProgramIcon(instance_, SM_CXSMICON, SM_CYSMICON)));
+  const HICON bigIcon = LoadProgramIcon(instance_, SM_CXICON, SM_CYICON);
+  const HICON smallIcon = LoadProgramIcon(instance_, SM_CXSMICON, SM_CYSMICON);
+  SendMessageW(window_, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(bigIcon));
+  SendMessageW(window_, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(smallIcon));
 }
 
 void CMainWindow::UpdateRegion() {
