@@ -2,23 +2,14 @@
 # Windows 10 and 11 has; the launcher (and its http twin) also the WebView2
 # loader shipped beside it. Anything else (a libsodium, a C++ runtime DLL)
 # would keep it from starting on a bare system.
-# Run as: cmake -DBUILD_DIR=<build tree> -DOBJDUMP=<objdump> -P check_imports.cmake
+# Run as: cmake -DEXECUTABLES=<files separated by |> -DOBJDUMP=<objdump> -P check_imports.cmake
+# A script starts with no policies set; if() must know IN_LIST.
+cmake_minimum_required(VERSION 3.25)
 set(system_dlls
   advapi32 bcrypt crypt32 dwmapi gdi32 kernel32 msvcrt ole32 oleaut32 shell32 user32 winhttp ws2_32)
 set(launchers vardeni-launcher vl_http_launcher)
 
-# A script starts with no policies set: symbolic links must not be followed
-# (Wine's prefix links a drive to "/"), and if() must know IN_LIST.
-cmake_minimum_required(VERSION 3.25)
-file(GLOB folders LIST_DIRECTORIES true "${BUILD_DIR}/*")
-list(FILTER folders EXCLUDE REGEX "/(wineprefix|CMakeFiles|Testing)$")
-set(executables "")
-foreach(folder IN LISTS folders)
-  if(IS_DIRECTORY "${folder}")
-    file(GLOB_RECURSE found "${folder}/*.exe")
-    list(APPEND executables ${found})
-  endif()
-endforeach()
+string(REPLACE "|" ";" executables "${EXECUTABLES}")
 set(problems "")
 set(launcher_seen FALSE)
 foreach(executable IN LISTS executables)
