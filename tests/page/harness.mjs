@@ -8,21 +8,17 @@ import { chromium } from 'playwright-core';
 
 export const ORIGIN = 'https://launcher.vardeni.invalid/';
 const ROOT = new URL('../../', import.meta.url).pathname;
-export const PAGE_FILE = process.env.VL_PAGE_FILE ?? join(ROOT, 'build/page/page.html');
+export const PAGE_FILE = process.env.VL_PAGE_FILE ?? join(ROOT, 'build/linux/generated/resources/page.html');
 const RESOURCES = join(ROOT, 'ui/resources');
-// The asset handler's header text for the page and for pictures.
-const PAGE_HEADERS = {
-  'Content-Type': 'text/html; charset=utf-8',
-  'Cache-Control': 'no-store',
-  'Content-Security-Policy': "default-src 'self' 'unsafe-inline' data:; connect-src 'none'; frame-src 'none'; object-src 'none'",
-};
-const ROUTES = [
-  [/^\/$/, () => PAGE_FILE, PAGE_HEADERS],
-  [/^\/Cairo\.ttf$/, () => join(RESOURCES, 'Cairo.ttf'), { 'Content-Type': 'font/ttf' }],
-  [/^\/images\/(scene\.jpg|logo\.png)$/, (m) => join(RESOURCES, 'images', m[1]), {}],
-  [/^\/icons\/(\d+_(active|incoming)\.png)$/, (m) => join(RESOURCES, 'icons', m[1]), { 'Content-Type': 'image/png' }],
-  [/^\/media\/cover$/, () => join(RESOURCES, 'images/scene.jpg'), { 'Content-Type': 'image/jpeg' }],
-];
+// The asset handler's answers: the page with its policy, the files of ui/resources, a cover picture.
+const POLICY = "default-src 'self' 'unsafe-inline' data:; connect-src 'none'; frame-src 'none'; object-src 'none'";
+const TYPES = { ttf: 'font/ttf', png: 'image/png', jpg: 'image/jpeg' };
+function answer(path) {
+  if (path === '/') return [PAGE_FILE, { 'Content-Type': 'text/html; charset=utf-8', 'Content-Security-Policy': POLICY }];
+  if (path === '/media/cover') return [join(RESOURCES, 'images/scene.jpg'), { 'Content-Type': TYPES.jpg }];
+  const file = path?.match(/^\/(Cairo\.ttf|images\/(scene\.jpg|logo\.png)|icons\/\d+_(active|incoming)\.png)$/)?.[1];
+  return file ? [join(RESOURCES, file), { 'Content-Type': TYPES[file.split('.').pop()] }] : null;
+}
 
 // Stand-ins for the two engines' message channels, installed before the page runs.
 function installBridge(engine) {
@@ -52,8 +48,9 @@ export async function launchBrowser() {
   });
 }
 
-// A fresh page with its clock paused at `time`. `requests` lists every URL the page asked for.
-export async function openPage(browser, { engine = 'webview2', size = [1000, 640], time, timezoneId = 'UTC' } = {}) {
+// A page in a fresh context, served like the launcher serves it, not yet
+// navigated. `requests` lists every URL the page asks for.
+export async function newLauncherPage(browser, { engine = 'webview2', size = [1000, 640], timezoneId = 'UTC' } = {}) {
   const context = await browser.newContext({ viewport: { width: size[0], height: size[1] }, timezoneId });
   context.setDefaultTimeout(5000);
   const page = await context.newPage();
@@ -62,23 +59,23 @@ export async function openPage(browser, { engine = 'webview2', size = [1000, 640
   await context.route('**/*', async (route) => {
     const url = route.request().url();
     const path = url.startsWith(ORIGIN) ? url.slice(ORIGIN.length - 1).split(/[?#]/)[0] : null;
-    for (const [pattern, file, headers] of ROUTES) {
-      const match = path?.match(pattern);
-      if (match) return route.fulfill({ status: 200, headers: { 'Cache-Control': 'no-store', ...headers }, body: await readFile(file(match)) });
-    }
+    const found = answer(path);
+    if (found) return route.fulfill({ status: 200, headers: { 'Cache-Control': 'no-store', ...found[1] }, body: await readFile(found[0]) });
     return route.fulfill({ status: 404, headers: { 'Content-Length': '0' }, body: '' });
   });
+  await page.addInitScript(installBridge, engine);
+  return { page, requests, context };
+}
+
+// The page loaded with its clock paused at `time`, and helpers to talk to it.
+export async function openPage(browser, { time, ...options }) {
+  const { page, requests } = await newLauncherPage(browser, options);
   await page.clock.install({ time: time.getTime() - 1000 });
   await page.clock.pauseAt(time);
-  await page.addInitScript(installBridge, engine);
   await page.goto(ORIGIN);
   await page.evaluate(() => document.fonts.ready);
-  return {
-    page,
-    requests,
-    context,
-    send: (snapshot) => page.evaluate((text) => window.__deliver(text), typeof snapshot === 'string' ? snapshot : JSON.stringify(snapshot)),
-    // Commands sent since the last call, as the page wrote them.
-    takeCommands: () => page.evaluate(() => window.__commands.splice(0)),
-  };
+  const send = (snapshot) => page.evaluate((text) => window.__deliver(text), typeof snapshot === 'string' ? snapshot : JSON.stringify(snapshot));
+  // Commands sent since the last call, as the page wrote them.
+  const takeCommands = () => page.evaluate(() => window.__commands.splice(0));
+  return { page, requests, send, takeCommands };
 }

@@ -128,7 +128,6 @@ test('in Arabic the layout mirrors, and every command reaches the WebKitGTK hand
     'repair', 'refresh', 'openLog', 'removeOrphans', 'openExternal', 'startDrag', 'startResize', 'patch']));
   assert.deepEqual(commands.filter((text) => text.includes('startResize')).map((text) => JSON.parse(text).edge),
     ['top', 'bottom', 'left', 'right', 'topLeft', 'topRight', 'bottomLeft', 'bottomRight']);
-  assert.ok(commands.includes('{"command":"startResize","edge":"topLeft"}') && commands.includes('{"command":"startDrag"}'));
 });
 
 test('no serious accessibility findings in either language', async () => {

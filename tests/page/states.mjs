@@ -11,10 +11,8 @@ const base = {
   links: { website: 'https://vardeni.example/', discord: 'https://discord.example/vardeni', shop: 'https://vardeni.example/shop', register: '' },
   feed: {
     utcClock: true,
-    patchNote: {
-      title: 'Winter Citadel update', summary: 'The northern citadel opens its gates: a new raid, frost-forged gear and a reworked guild war map. Event rewards are doubled for the first week.',
-      coverImage: 'https://launcher.vardeni.invalid/media/cover', publishedAt: '2026-11-20', url: 'https://vardeni.example/news/winter-citadel',
-    },
+    patchNote: { title: 'Winter Citadel update', summary: 'The northern citadel opens its gates: a new raid, frost-forged gear and a reworked guild war map. Event rewards are doubled for the first week.',
+      coverImage: 'https://launcher.vardeni.invalid/media/cover', publishedAt: '2026-11-20', url: 'https://vardeni.example/news/winter-citadel' },
     events: [
       { title: 'Guild War', iconId: 7, dayOfWeek: 1, startMinutes: 1080, endMinutes: 1200, mode: 'global', activationMinutes: 0 },
       { title: 'Night Hunt', iconId: 38, dayOfWeek: 1, startMinutes: 1260, endMinutes: 1380, mode: 'personal', activationMinutes: 60 },

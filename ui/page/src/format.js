@@ -57,10 +57,13 @@ export function formatDate(text, language) {
   return new Intl.DateTimeFormat(locale, { dateStyle: 'long', timeZone: 'UTC' }).format(date);
 }
 
-// Day names, Sunday first, in the player's language.
+// Day names, Sunday first, in the player's language (made once: Intl formatters are slow to build).
+const weekdayNames = {};
 export function weekdayName(day, language) {
   const sunday = Date.UTC(2024, 0, 7);
-  return new Intl.DateTimeFormat(language, { weekday: 'long', timeZone: 'UTC' }).format(sunday + day * 86400000);
+  weekdayNames[language] ??= Array.from({ length: 7 }, (_, i) =>
+    new Intl.DateTimeFormat(language, { weekday: 'long', timeZone: 'UTC' }).format(sunday + i * 86400000));
+  return weekdayNames[language][day];
 }
 
 // Keeps both ends of a long path: "data/maps/…/terrain_04.pak".

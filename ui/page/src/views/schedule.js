@@ -31,7 +31,9 @@ function eventItem(event, words, language) {
   const day = event.active ? words.now
     : event.daysAway === 0 ? words.today
       : event.daysAway === 1 ? words.tomorrow : weekdayName(event.dayOfWeek, language);
-  const details = [`${formatClock(event.startMinutes)}–${formatClock(event.endMinutes)}`, words[MODE_WORDS[event.mode]]];
+  // Left-to-right isolated, or Arabic text would show the range back to front.
+  const hours = `\u2066${formatClock(event.startMinutes)}–${formatClock(event.endMinutes)}\u2069`;
+  const details = [hours, words[MODE_WORDS[event.mode]]];
   if (event.mode !== 'global' && event.activationMinutes > 0) {
     details.push(fill(words.activation, { time: formatDuration(event.activationMinutes * 60, language) }));
   }

@@ -3,7 +3,7 @@
 
 import { byId, element } from '../dom.js';
 
-export const NOTICE_LIFETIME_MS = 8000;
+const NOTICE_LIFETIME_MS = 8000;
 const MAX_TOASTS = 4;
 
 export function showToast(notice, words) {
