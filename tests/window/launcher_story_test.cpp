@@ -6,17 +6,17 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <thread>
 
+#include "tests/launch/probe_support.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using launch_test::Eventually;
 
 constexpr wchar_t kLauncherCaption[] = L"Vardeni Launcher";
 constexpr wchar_t kMisconfigured[] =
@@ -26,16 +26,6 @@ constexpr wchar_t kInstallQuestion[] =
     L"Vardeni needs a Microsoft component (Edge WebView2) that isn't installed on this PC.\n\nInstall it now?";
 constexpr wchar_t kRuntimeNotFound[] = L"WebView2 runtime not found (0x80070002)";
 constexpr wchar_t kWindowClass[] = L"VardeniLauncherWindow";
-
-template <typename Condition>
-bool Eventually(Condition condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return true;
-}
 
 // A copy of `launcher` (built beside this test) in a new installation under `folder`.
 fs::path Install(const fs::path& folder, const wchar_t* launcher) {
