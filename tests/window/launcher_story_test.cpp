@@ -59,7 +59,7 @@ class CLauncher {
     return code;
   }
   std::optional<DWORD> WaitForExit() const {
-    Eventually([&] { return ExitCode().has_value(); });
+    WaitForSingleObject(process_.hProcess, 30000);
     return ExitCode();
   }
   DWORD Id() const { return process_.dwProcessId; }
