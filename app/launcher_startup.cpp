@@ -1,6 +1,5 @@
 #include "app/launcher_startup.h"
 
-#include "app/launcher_config.h"
 #include "app/paths.h"
 #include "app/self_update_mode.h"
 #include "log/log.h"
@@ -37,10 +36,9 @@ void UsePerInstallFolder(const std::wstring& identity) {
 
 }  // namespace
 
-int RunLauncher(const std::vector<std::wstring>& arguments, const SLauncherShell& shell) {
+int RunLauncher(const std::vector<std::wstring>& arguments, const LauncherConfig& config, const SLauncherShell& shell) {
   const std::wstring profile = platform::UserProfileDirectory();
   logging::OpenLog(ModuleDirectory(), profile, profile);
-  const LauncherConfig& config = CompiledLauncherConfig();
   logging::LogInfo(kLogCategory,
                    L"launcher " + config.launcherVersion + L" on " + platform::OperatingSystemDescription());
 

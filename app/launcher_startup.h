@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "app/launcher_config.h"
+
 inline constexpr wchar_t kMisconfiguredHostText[] =
     L"This build is misconfigured: the patch host is not an https:// URL.\n"
     L"The launcher will not fetch updates over an unauthenticated channel.";
@@ -32,5 +34,7 @@ struct SLauncherShell {
   std::function<bool(int& exitCode, std::wstring& errorText)> runWindow;
 };
 
-// `arguments` includes the program itself. Returns the process exit code.
-int RunLauncher(const std::vector<std::wstring>& arguments, const SLauncherShell& shell);
+// `arguments` includes the program itself; `config` is the compiled-in record
+// (tests start the same sequence with one of their own). Returns the process
+// exit code.
+int RunLauncher(const std::vector<std::wstring>& arguments, const LauncherConfig& config, const SLauncherShell& shell);

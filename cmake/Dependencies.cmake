@@ -12,14 +12,28 @@ if(WIN32)
     add_library(GTest::gtest_main ALIAS gtest_main)
   endif()
 
-  # libsodium: the NuGet package's win-x64 DLL, shipped beside each executable.
-  # The package has no headers; the API is stable, so Debian's headers describe it.
-  set(LAUNCHER_SODIUM_DLL "${LAUNCHER_NUGET_DIR}/libsodium/1.0.22/runtimes/win-x64/native/libsodium.dll")
-  set(sodium_include "${CMAKE_BINARY_DIR}/sodium-include")
-  file(COPY /usr/include/sodium.h /usr/include/sodium DESTINATION "${sodium_include}")
+  # libsodium: Debian's source package of the Linux build's release, built
+  # statically with mingw-w64 by scripts/build-mingw-libsodium, so no Windows
+  # executable ships or imports a DLL that needs the Visual C++ runtime.
+  set(LAUNCHER_MINGW_SODIUM_DIR "${CMAKE_SOURCE_DIR}/build/mingw-libsodium"
+      CACHE PATH "Static libsodium for Windows (include/, lib/libsodium.a)")
+  if(NOT EXISTS "${LAUNCHER_MINGW_SODIUM_DIR}/lib/libsodium.a")
+    message(FATAL_ERROR "No static libsodium for Windows in ${LAUNCHER_MINGW_SODIUM_DIR}; run scripts/setup.")
+  endif()
   add_library(vl_sodium INTERFACE)
-  target_include_directories(vl_sodium SYSTEM INTERFACE "${sodium_include}")
-  target_link_libraries(vl_sodium INTERFACE "${LAUNCHER_SODIUM_DLL}")
+  target_include_directories(vl_sodium SYSTEM INTERFACE "${LAUNCHER_MINGW_SODIUM_DIR}/include")
+  target_compile_definitions(vl_sodium INTERFACE SODIUM_STATIC)
+  target_link_libraries(vl_sodium INTERFACE "${LAUNCHER_MINGW_SODIUM_DIR}/lib/libsodium.a")
+
+  # WebView2: the SDK's headers (and a header-name shim for mingw-w64). mingw
+  # cannot link the SDK's static loader library, so the launcher imports
+  # WebView2Loader.dll itself, shipped beside the executable.
+  set(webview2_sdk "${LAUNCHER_NUGET_DIR}/microsoft.web.webview2/1.0.3719.77/build/native")
+  set(LAUNCHER_WEBVIEW2_LOADER "${webview2_sdk}/x64/WebView2Loader.dll")
+  add_library(vl_webview2 INTERFACE)
+  target_include_directories(vl_webview2 SYSTEM INTERFACE "${webview2_sdk}/include"
+                             "${CMAKE_SOURCE_DIR}/ui/win/compat")
+  target_link_libraries(vl_webview2 INTERFACE "${LAUNCHER_WEBVIEW2_LOADER}")
 
   # SHA-256 comes from CNG.
   add_library(vl_sha256_provider INTERFACE)
@@ -38,8 +52,3 @@ else()
 endif()
 include(GoogleTest)
 
-# Runtime DLLs that a Windows executable needs beside it.
-function(vl_copy_runtime_dlls target)
-  add_custom_command(TARGET ${target} POST_BUILD
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different "${LAUNCHER_SODIUM_DLL}" "$<TARGET_FILE_DIR:${target}>")
-endfunction()

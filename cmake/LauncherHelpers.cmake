@@ -17,15 +17,16 @@ function(vl_library name)
   target_link_libraries(${name} PUBLIC ${ARG_DEPS})
 endfunction()
 
-# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ... [FIXTURE name]): one GoogleTest executable per layer.
-# FIXTURE names a CTest fixture every test of the executable requires (e.g. the test servers).
+# vl_test(name SOURCES ... WIN ... POSIX ... DEPS ... [FIXTURE name] [EMULATOR program]): one GoogleTest
+# executable per layer. FIXTURE names a CTest fixture every test of the executable requires (e.g. the test
+# servers); EMULATOR replaces the cross build's emulator for it (e.g. Wine on a display of its own).
 function(vl_test name)
-  cmake_parse_arguments(ARG "" "FIXTURE" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "" "FIXTURE;EMULATOR" "SOURCES;WIN;POSIX;DEPS" ${ARGN})
   vl_select_sources(srcs)
   add_executable(${name} ${srcs})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} vl_test_support GTest::gtest_main)
-  if(WIN32)
-    vl_copy_runtime_dlls(${name})
+  if(ARG_EMULATOR)
+    set_target_properties(${name} PROPERTIES CROSSCOMPILING_EMULATOR "${ARG_EMULATOR}")
   endif()
   set(properties ENVIRONMENT "VL_TEST_DATA=${CMAKE_SOURCE_DIR}/tests/data")
   if(ARG_FIXTURE)
@@ -33,4 +34,23 @@ function(vl_test name)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     PROPERTIES ${properties})
+endfunction()
+
+# Every executable target configured so far, in all folders of the tree.
+function(vl_executable_targets out)
+  set(executables "")
+  set(folders "${CMAKE_SOURCE_DIR}")
+  while(folders)
+    list(POP_FRONT folders folder)
+    get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
+    foreach(target IN LISTS targets)
+      get_target_property(type ${target} TYPE)
+      if(type STREQUAL "EXECUTABLE")
+        list(APPEND executables ${target})
+      endif()
+    endforeach()
+    get_property(children DIRECTORY "${folder}" PROPERTY SUBDIRECTORIES)
+    list(APPEND folders ${children})
+  endwhile()
+  set(${out} "${executables}" PARENT_SCOPE)
 endfunction()

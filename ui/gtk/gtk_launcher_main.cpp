@@ -55,5 +55,5 @@ int RunGtkLauncher(int argc, char** argv) {
     exitCode = 0;
     return true;
   };
-  return RunLauncher(arguments, shell);
+  return RunLauncher(arguments, CompiledLauncherConfig(), shell);
 }

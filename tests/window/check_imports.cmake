@@ -1,0 +1,43 @@
+# Every Windows executable of the build may import only DLLs that every
+# Windows 10 and 11 has; the launcher (and its http twin) also the WebView2
+# loader shipped beside it. Anything else (a libsodium, a C++ runtime DLL)
+# would keep it from starting on a bare system.
+# Run as: cmake -DEXECUTABLES=<files separated by |> -DOBJDUMP=<objdump> -P check_imports.cmake
+# A script starts with no policies set; if() must know IN_LIST.
+cmake_minimum_required(VERSION 3.25)
+set(system_dlls
+  advapi32 bcrypt crypt32 dwmapi gdi32 kernel32 msvcrt ole32 oleaut32 shell32 user32 winhttp ws2_32)
+set(launchers vardeni-launcher vl_http_launcher)
+
+string(REPLACE "|" ";" executables "${EXECUTABLES}")
+set(problems "")
+set(launcher_seen FALSE)
+foreach(executable IN LISTS executables)
+  execute_process(COMMAND "${OBJDUMP}" -p "${executable}" OUTPUT_VARIABLE dump RESULT_VARIABLE failed)
+  if(failed)
+    string(APPEND problems "\n  ${executable}: objdump failed")
+    continue()
+  endif()
+  get_filename_component(name "${executable}" NAME_WE)
+  string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
+  foreach(import IN LISTS imports)
+    string(REGEX REPLACE "^DLL Name: (.+)\\.[dD][lL][lL]$" "\\1" dll "${import}")
+    string(TOLOWER "${dll}" dll)
+    if(dll IN_LIST system_dlls)
+      continue()
+    endif()
+    if(dll STREQUAL "webview2loader" AND name IN_LIST launchers)
+      set(launcher_seen TRUE)
+      continue()
+    endif()
+    string(APPEND problems "\n  ${name}.exe imports ${dll}.dll")
+  endforeach()
+endforeach()
+list(LENGTH executables count)
+if(NOT launcher_seen)
+  string(APPEND problems "\n  vardeni-launcher.exe was not found or does not import WebView2Loader.dll")
+endif()
+if(problems)
+  message(FATAL_ERROR "Windows executables import DLLs a bare Windows lacks:${problems}")
+endif()
+message(STATUS "${count} Windows executables import only system DLLs")
