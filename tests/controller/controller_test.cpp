@@ -45,7 +45,6 @@ std::wstring Field(const std::string& snapshot, std::wstring_view member, std::w
 class CRecordingWindow final : public CAppWindow {
  public:
   void PostAppMessage(EAppMessage message) override {
-    if (holdProgress && message == EAppMessage::Progress) HoldUntilClosing();
     const std::lock_guard lock(mutex_);
     posted.push_back(message);
     changed_.notify_all();
@@ -100,26 +99,12 @@ class CRecordingWindow final : public CAppWindow {
   std::vector<std::wstring> calls;
   std::vector<std::string> pushed;
   SPageCallbacks page;
-  // The first progress report then waits for the page to close, so a test
-  // can close the window in the middle of a patch.
-  std::atomic<bool> holdProgress = false;
-  std::atomic<bool> progressHeld = false;
 
  private:
   void Record(std::wstring call) {
     const std::lock_guard lock(mutex_);
     calls.push_back(std::move(call));
     changed_.notify_all();
-  }
-
-  void HoldUntilClosing() {
-    {
-      std::unique_lock lock(mutex_);
-      progressHeld = true;
-      changed_.wait(lock, [&] { return std::ranges::find(calls, L"page closed") != calls.end(); });
-    }
-    // Lets the closing controller get from closing the page to its stop request.
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
 
   std::mutex mutex_;
@@ -260,23 +245,6 @@ TEST_F(ControllerTest, MaintenanceALanguageSwitchAndARepairThatLeavesTheGameAlon
   EXPECT_EQ(window_.Last(L"notice", L"message"), L"Patch complete. The game is ready to launch.");
   EXPECT_FALSE(window_.Called(L"close"));
   EXPECT_FALSE(fs::exists(game_.path() / "probe.out")) << "a repair never starts the game";
-}
-
-TEST_F(ControllerTest, ClosingDuringAPatchStopsAfterTheRunAndStartsNothing) {
-  launch_test::CopyProbe(game_.path(), L"ctl-game.exe");
-  PublishRelease(Release(ContentFiles()));
-  window_.holdProgress = true;
-  StartApp();
-  ASSERT_TRUE(window_.RunUntil(*app_, [&] { return window_.progressHeld.load(); }));
-  EXPECT_EQ(app_->Busy(), CApp::EWork::Patching);
-  app_->Shutdown();
-  EXPECT_EQ(app_->Busy(), CApp::EWork::Idle);
-  EXPECT_TRUE(window_.Called(L"timer off"));
-  EXPECT_EQ(testing_support::ReadFileBytes(game_.path() / "data/world.pak"), ContentFiles()[0].bytes)
-      << "a started run finishes its files";
-  EXPECT_FALSE(fs::exists(game_.path() / "probe.out"));
-  EXPECT_FALSE(window_.Called(L"close"));
-  EXPECT_EQ(std::ranges::count(window_.posted, EAppMessage::WorkFinished), 0);
 }
 
 TEST_F(ControllerTest, CommandsFromThePage) {
