@@ -43,14 +43,8 @@ cp "$launcher" "$work/player/vardeni-launcher"
 # Present but not a program: the launcher stays open after the patch instead of starting it.
 printf 'not a program\n' >"$work/player/app/vardeni2.exe"
 
-window_of() { xdotool search --onlyvisible --pid "$1" --name '^Vardeni Launcher$' 2>/dev/null | head -n 1; }
-page_drawn() {  # the middle of the window is neither the window's background nor blank
-  local window colour
-  window=$(window_of "$1")
-  [ -n "$window" ] || return 1
-  colour=$(import -window "$window" -crop 1x1+500+320 -depth 8 txt:- 2>/dev/null | grep -o '#[0-9A-F]\{6\}' | head -n 1)
-  [ -n "$colour" ] && [ "$colour" != "#0B0F17" ] && [ "$colour" != "#FFFFFF" ]
-}
+# shellcheck source=../tests/support/launcher_window.sh
+. "$root/tests/support/launcher_window.sh"
 rss_kib() { awk '/^VmRSS:/ {print $2}' "/proc/$1/status" 2>/dev/null || echo 0; }
 children_rss_kib() {  # <pid> <process name>
   local total=0 child

@@ -53,6 +53,9 @@ pids+=($!)
 wait_for "the X server" test -s "$work/display"
 export DISPLAY=:$(cat "$work/display")
 
+# shellcheck source=../support/launcher_window.sh
+. "$(dirname "$0")/../support/launcher_window.sh"
+
 shot() { import -window root "$work/shots/$1.png"; }
 
 # ---- the operator -------------------------------------------------------------------------
@@ -90,22 +93,11 @@ expect_exit() {  # <pid> <code> <what it means when it differs>
 
 logged() { grep -q -- "$2" "$work/$1/launcher.log"; }
 logged_more() { [ "$(grep -c -- "$2" "$work/$1/launcher.log")" -gt "$3" ]; }  # <folder> <text> <count before>
-window_of() { xdotool search --onlyvisible --pid "$1" --name '^Vardeni Launcher$' | head -n 1; }
 
 # Positions in the 1000 x 640 window of the Arabic page (the build's default language),
 # where the reading side is on the right.
 main_button=(156 533)
 close_button=(32 26)
-
-# The page has painted: the middle of the window is neither the window's own background
-# nor blank.
-page_drawn() {  # <pid>
-  local window colour
-  window=$(window_of "$1")
-  [ -n "$window" ] || return 1  # import would wait for a click on some window
-  colour=$(import -window "$window" -crop 1x1+500+320 -depth 8 txt:- | grep -o '#[0-9A-F]\{6\}' | head -n 1)
-  [ -n "$colour" ] && [ "$colour" != "#0B0F17" ] && [ "$colour" != "#FFFFFF" ]
-}
 
 click() {  # <pid> <x> <y>: a real click, inside that launcher's window
   xdotool mousemove --window "$(window_of "$1")" "$2" "$3" click 1

@@ -183,7 +183,6 @@ void CGtkLauncherWindow::PlaceOnPointerMonitor() {
 }
 
 void CGtkLauncherWindow::ConnectWindowSignals() {
-  g_signal_connect(window_, "delete-event", G_CALLBACK(OnDelete), this);
   g_signal_connect(window_, "destroy", G_CALLBACK(OnDestroy), this);
   g_signal_connect(window_, "window-state-event", G_CALLBACK(OnWindowState), this);
   g_signal_connect(window_, "size-allocate", G_CALLBACK(OnSizeAllocate), this);
@@ -333,8 +332,6 @@ void CGtkLauncherWindow::PostToPage(const std::string& utf8Text) {
 }
 
 void CGtkLauncherWindow::ClosePage() { page_ = {}; }
-
-gboolean CGtkLauncherWindow::OnDelete(GtkWidget*, GdkEvent*, gpointer) { return FALSE; }
 
 void CGtkLauncherWindow::OnDestroy(GtkWidget*, gpointer self) {
   auto* window = static_cast<CGtkLauncherWindow*>(self);

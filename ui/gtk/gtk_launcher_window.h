@@ -52,7 +52,6 @@ class CGtkLauncherWindow final : public CAppWindow {
   void ConnectWindowSignals();
   void ConnectPageSignals();
 
-  static gboolean OnDelete(GtkWidget*, GdkEvent*, gpointer self);
   static void OnDestroy(GtkWidget*, gpointer self);
   static gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer self);
   static void OnSizeAllocate(GtkWidget*, GdkRectangle* allocation, gpointer self);
