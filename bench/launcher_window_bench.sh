@@ -28,7 +28,7 @@ cleanup() {
 }
 trap cleanup EXIT
 
-Xvfb -displayfd 9 -screen 0 1280x800x24 -nolisten tcp 9>"$work/display" 2>/dev/null &
+Xvfb -displayfd 9 -screen 0 1280x800x24 -nolisten tcp -noreset 9>"$work/display" 2>/dev/null &
 xvfb=$!
 until [ -s "$work/display" ]; do sleep 0.05; done
 export DISPLAY=:$(cat "$work/display") HOME=$work/home NO_AT_BRIDGE=1 WEBKIT_DISABLE_COMPOSITING_MODE=1

@@ -48,7 +48,7 @@ wait_for() {  # <what> <command...>: up to 60 s
 }
 
 # A display of our own, numbered by the server.
-Xvfb -displayfd 9 -screen 0 1280x800x24 -nolisten tcp 9>"$work/display" 2>/dev/null &
+Xvfb -displayfd 9 -screen 0 1280x800x24 -nolisten tcp -noreset 9>"$work/display" 2>/dev/null &
 pids+=($!)
 wait_for "the X server" test -s "$work/display"
 export DISPLAY=:$(cat "$work/display")
