@@ -57,6 +57,9 @@ bool StartProcess(const SProcessStart& request, std::uint32_t& errorCode) {
   argv.push_back(nullptr);
 
   CSpawnAttributes spawn;
+  // The child gets standard input, output and error only, as on Windows: an
+  // inherited descriptor would keep our log, locks and sockets open in it.
+  posix_spawn_file_actions_addclosefrom_np(&spawn.actions_, 3);
   const std::string workingDirectory = text::WideToUtf8(request.workingDirectory);
   if (!workingDirectory.empty()) posix_spawn_file_actions_addchdir_np(&spawn.actions_, workingDirectory.c_str());
   if (request.newProcessGroup) {

@@ -1,6 +1,8 @@
 // Linux starts a Windows game through Wine when one is on PATH; a stand-in
 // "wine" script shows what it was asked to run.
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +24,13 @@ using testing_support::TempDir;
 
 TEST(GameLaunchPosix, AWindowsImageGoesThroughWineFromPath) {
   TempDir dir;
-  const fs::path wine = dir.Write("bin/wine", "#!/bin/sh\nprintf '%s\\n' \"$PWD\" \"$@\" > probe.out.tmp && mv probe.out.tmp probe.out\n");
+  // A descriptor of ours without close-on-exec, as a library may leave one, must not reach the game.
+  // Numbered high, clear of those the shell opens for itself.
+  const int leaked = ::fcntl(STDIN_FILENO, F_DUPFD, 40);
+  ASSERT_GE(leaked, 40);
+  const std::string fdState = "$(test -e /proc/$$/fd/" + std::to_string(leaked) + " && echo inherited || echo closed)";
+  const fs::path wine = dir.Write("bin/wine", "#!/bin/sh\nprintf '%s\\n' \"$PWD\" \"$@\" \"" + fdState +
+                                                  "\" > probe.out.tmp && mv probe.out.tmp probe.out\n");
   fs::permissions(wine, fs::perms::owner_all);
   const fs::path game = dir.Write("app/vardeni2.exe", std::string("MZ\x90\0", 4));
   // Searched in order: a missing folder and an empty entry are passed over.
@@ -33,9 +41,11 @@ TEST(GameLaunchPosix, AWindowsImageGoesThroughWineFromPath) {
   std::wstring error;
   ASSERT_TRUE(StartGameProcess(platform::FromPath(game), error)) << text::WideToUtf8(error);
   const std::vector<std::string> record = launch_test::WaitForProbeRecord(game.parent_path());
-  ASSERT_EQ(record.size(), 2u);
+  ::close(leaked);
+  ASSERT_EQ(record.size(), 3u);
   EXPECT_TRUE(fs::equivalent(fs::path(record[0]), game.parent_path()));
   EXPECT_EQ(record[1], game.string());
+  EXPECT_EQ(record[2], "closed");
 }
 
 TEST(GameLaunchPosix, AFailedStartNamesTheMethodAndTheSystemsReason) {
