@@ -1,11 +1,11 @@
 #include "patch/seeding.h"
 
 #include <cstdint>
-#include <fstream>
 #include <system_error>
 
 #include "platform/embedded_resource.h"
 #include "platform/move_no_replace.h"
+#include "platform/new_file.h"
 #include "platform/path_text.h"
 
 namespace patch {
@@ -29,16 +29,11 @@ void RemoveQuietly(const fs::path& path) {
 
 bool WriteSeedFile(const fs::path& targetPath, const std::uint8_t* bytes, std::size_t count) {
   const fs::path temporary = platform::ToPath(platform::FromPath(targetPath) + std::wstring(kSeedTemporarySuffix));
-  std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-  if (!out) return false;
-  out.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
-  out.flush();
-  out.close();
-  if (!out) {
-    RemoveQuietly(temporary);
-    return false;
-  }
+  // A stale temporary (or a link planted under its name) goes first: the copy
+  // is written only into a file this call creates.
+  RemoveQuietly(temporary);
   std::uint32_t errorCode = 0;
+  if (!platform::WriteNewFile(temporary, {reinterpret_cast<const char*>(bytes), count}, errorCode)) return false;
   if (!platform::MoveWithoutReplacing(temporary, targetPath, errorCode)) {
     RemoveQuietly(temporary);
     return false;

@@ -60,11 +60,20 @@ TEST(Seeding, AStaleTemporaryIsOverwrittenAndAFolderOfASeedsNameCountsAsPresent)
   TempDir dir;
   dir.Write("locale.cfg.seed.tmp", "left by a crash, longer than the seed");
   fs::create_directories(dir.path() / "korvex.cfg");
+#ifndef _WIN32
+  // A link planted under the temporary's name is never written through.
+  const fs::path outside = dir.Write("outside/notes.txt", "mine");
+  fs::create_symlink(outside, dir.path() / "mouse.cfg.seed.tmp");
+#endif
   const patch::SSeedResult result = patch::SeedMissingConfigs(dir.wide());
   EXPECT_EQ(result.written, (Names{L"locale.cfg", L"mouse.cfg"}));
   EXPECT_EQ(result.present, Names{L"korvex.cfg"});
   EXPECT_EQ(ReadFileBytes(dir.path() / "locale.cfg"), ResourceText(203));
   EXPECT_FALSE(fs::exists(dir.path() / "locale.cfg.seed.tmp"));
+#ifndef _WIN32
+  EXPECT_EQ(ReadFileBytes(outside), "mine");
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(dir.path() / "mouse.cfg")));
+#endif
 }
 
 TEST(Seeding, AFileThatAppearsBeforeTheRenameWinsAndTheCopyIsDiscarded) {

@@ -1,0 +1,16 @@
+#pragma once
+// Writing a file that must not exist yet, so a name planted beforehand (a
+// link or another program's file) is never opened and written through.
+
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+
+namespace platform {
+
+// Creates `path` exclusively (never following a link at the final name) and
+// writes `bytes` to it. On failure nothing is left behind that this call made,
+// and `errorCode` holds the OS error code.
+bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode);
+
+}  // namespace platform

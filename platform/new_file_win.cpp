@@ -1,0 +1,31 @@
+#include "platform/new_file.h"
+
+#include <windows.h>
+
+namespace platform {
+
+bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
+  errorCode = 0;
+  // CREATE_NEW fails on any existing name, a link or junction included.
+  const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    errorCode = ::GetLastError();
+    return false;
+  }
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    const DWORD chunk = bytes.size() > 0x40000000 ? 0x40000000 : static_cast<DWORD>(bytes.size());
+    if (!::WriteFile(file, bytes.data(), chunk, &written, nullptr) || written == 0) {
+      errorCode = ::GetLastError();
+      if (errorCode == 0) errorCode = ERROR_WRITE_FAULT;
+      break;
+    }
+    bytes.remove_prefix(written);
+  }
+  if (!::CloseHandle(file) && errorCode == 0) errorCode = ::GetLastError();
+  if (errorCode == 0) return true;
+  ::DeleteFileW(path.c_str());
+  return false;
+}
+
+}  // namespace platform
