@@ -2,11 +2,13 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <system_error>
 
 #include "app/paths.h"
 #include "crypto/hex.h"
+#include "platform/file_replace.h"
+#include "platform/move_no_replace.h"
+#include "platform/new_file.h"
 #include "platform/path_text.h"
 #include "platform/random_id.h"
 
@@ -15,11 +17,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// An id with generous blanks around it fits; nothing past this is read.
+constexpr std::size_t kStoredIdReadLimit = 64;
+
+// Only a regular file is read (a link, folder or pipe of that name is no
+// stored id), and only its first bytes.
 std::wstring ReadStoredId(const fs::path& file) {
+  std::error_code error;
+  if (!fs::is_regular_file(fs::symlink_status(file, error))) return {};
   std::ifstream in(file, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  const std::string bytes = content.str();
+  char buffer[kStoredIdReadLimit];
+  in.read(buffer, sizeof buffer);
+  const std::string bytes(buffer, static_cast<std::size_t>(in.gcount()));
   const auto first = bytes.find_first_not_of(" \t\r\n");
   if (first == std::string::npos) return {};
   const auto last = bytes.find_last_not_of(" \t\r\n");
@@ -28,12 +37,20 @@ std::wstring ReadStoredId(const fs::path& file) {
   return std::wstring(trimmed.begin(), trimmed.end());
 }
 
-bool WriteId(const fs::path& file, const std::wstring& id) {
-  const std::string bytes(id.begin(), id.end());
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  out.close();
-  return static_cast<bool>(out);
+// Two launchers started together on a fresh folder must end up with one id:
+// each writes its own beside the file, only one moves in without replacing,
+// and both then read back the winner. A malformed file is replaced.
+bool PlaceNewId(const fs::path& file, const std::wstring& fresh) {
+  const fs::path temporary = platform::ToPath(platform::FromPath(file) + L"." + fresh + L".tmp");
+  const std::string bytes(fresh.begin(), fresh.end());
+  std::uint32_t code = 0;
+  if (!platform::WriteNewFile(temporary, bytes, code)) return false;
+  if (!platform::MoveWithoutReplacing(temporary, file, code) && !IsInstallIdentity(ReadStoredId(file))) {
+    platform::MoveReplacingFile(temporary, file, code);
+  }
+  std::error_code ignored;
+  fs::remove(temporary, ignored);
+  return true;
 }
 
 }  // namespace
@@ -46,22 +63,20 @@ bool EnsureInstallId(const std::wstring& gameFolder, std::wstring& id, std::wstr
     return false;
   }
   const fs::path file = folder / platform::ToPath(kInstallIdFileName);
-  const std::wstring stored = ReadStoredId(file);
-  if (IsInstallIdentity(stored)) {
-    id = stored;
-    return true;
+  std::wstring stored = ReadStoredId(file);
+  if (!IsInstallIdentity(stored)) {
+    platform::RandomId random{};
+    if (!platform::GenerateRandomId(random)) {
+      errorText = L"failed to generate an install id (CoCreateGuid failed)";
+      return false;
+    }
+    if (PlaceNewId(file, crypto::ToLowerHex(random.data(), random.size()))) stored = ReadStoredId(file);
   }
-  platform::RandomId random{};
-  if (!platform::GenerateRandomId(random)) {
-    errorText = L"failed to generate an install id (CoCreateGuid failed)";
-    return false;
-  }
-  const std::wstring fresh = crypto::ToLowerHex(random.data(), random.size());
-  if (!WriteId(file, fresh)) {
+  if (!IsInstallIdentity(stored)) {
     errorText = L"failed to write " + platform::FromPath(file);
     return false;
   }
-  id = fresh;
+  id = stored;
   return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <set>
+#include <thread>
 
 #include "app/paths.h"
 #include "patch/legacy_migration.h"
@@ -49,6 +50,25 @@ TEST(InstallId, AWellFormedStoredIdIsKeptAndAnyOtherOrNoneReplacedByANewOne) {
     if (!keep) created.insert(read);
   }
   EXPECT_EQ(created.size(), 7u) << "each new id is a fresh one";
+}
+
+TEST(InstallId, LaunchersStartedTogetherOnAFreshFolderAgreeOnOneId) {
+  for (int round = 0; round < 50; ++round) {
+    TempDir dir;
+    std::wstring ids[2];
+    {
+      std::jthread other([&] {
+        std::wstring error;
+        patch::EnsureInstallId(dir.wide(), ids[1], error);
+      });
+      std::wstring error;
+      patch::EnsureInstallId(dir.wide(), ids[0], error);
+    }
+    ASSERT_TRUE(IsInstallIdentity(ids[0])) << round;
+    ASSERT_EQ(ids[0], ids[1]) << round;
+    EXPECT_EQ(ReadFileBytes(dir.path() / "install.id"), text::WideToUtf8(ids[0]));
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1) << "no temporary left";
+  }
 }
 
 TEST(InstallId, FailuresNameThePath) {
