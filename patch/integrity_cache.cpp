@@ -103,6 +103,9 @@ void CIntegrityCache::Persist() {
   if (!loaded_ || !dirty_) return;
   std::string bytes;
   for (const auto& [key, record] : records_) {
+    // A file name may hold a line break on Linux; its record could not be
+    // read back as one line, so that file is simply hashed again next time.
+    if (key.find_first_of(L"\r\n") != std::wstring::npos) continue;
     bytes.append(text::WideToUtf8(key)).append("|");
     bytes.append(std::to_string(record.size)).append("|");
     bytes.append(std::to_string(record.mtime)).append("|");

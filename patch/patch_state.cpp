@@ -43,8 +43,15 @@ void ApplyField(const std::wstring& key, std::wstring_view value, SPatchState& s
   }
 }
 
+// Values come partly from the network (the page's news signatures): a line
+// break inside one would add a line of its own choosing, read as a later
+// value (a lowered rollback floor, say). Line breaks are dropped.
 void AppendLine(std::string& out, std::string_view key, std::string_view value) {
-  out.append(key).append("=").append(value).append("\n");
+  out.append(key).append("=");
+  for (const char c : value) {
+    if (c != '\r' && c != '\n') out.push_back(c);
+  }
+  out.append("\n");
 }
 
 }  // namespace

@@ -51,13 +51,15 @@ TEST(PatchState, FormatWritesEveryFieldInOrderAsUtf8) {
   full.seenVersionStable = 4;
   full.seenVersionBeta = 5;
   full.seenNewsSignature = L"\u062e";
-  full.seenEventsSignature = L"e";
+  // A line break from the network must not smuggle in a line of its own.
+  full.seenEventsSignature = L"e\r\nseen_version_stable=0";
   full.seenPatchNotesSignature = L"p";
   full.attemptedLauncherVersion = L"1.0.6";
   EXPECT_EQ(patch::FormatPatchState(full),
             "installed_build=18446744073709551615\nlanguage=ar\nchannel=beta\nmanifest_fingerprint=ab\n"
-            "seen_version_stable=4\nseen_version_beta=5\nseen_news_signature=\xD8\xAE\nseen_events_signature=e\n"
-            "seen_patch_notes_signature=p\nattempted_launcher_version=1.0.6\n");
+            "seen_version_stable=4\nseen_version_beta=5\nseen_news_signature=\xD8\xAE\n"
+            "seen_events_signature=eseen_version_stable=0\nseen_patch_notes_signature=p\n"
+            "attempted_launcher_version=1.0.6\n");
 }
 
 class PatcherServiceState : public testing::Test {
