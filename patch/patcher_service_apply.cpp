@@ -5,6 +5,7 @@
 #include <atomic>
 #include <system_error>
 #include <thread>
+#include <unordered_set>
 #include <vector>
 
 #include "crypto/sha256.h"
@@ -17,10 +18,12 @@
 #include "patch/blob_path.h"
 #include "patch/disk_space_check.h"
 #include "patch/patcher_service.h"
+#include "patch/protected_paths.h"
 #include "patch/staged_promotion.h"
 #include "platform/file_replace.h"
 #include "platform/file_time.h"
 #include "platform/path_text.h"
+#include "text/utf.h"
 
 namespace patch {
 namespace {
@@ -39,7 +42,7 @@ constexpr wchar_t kRefusedReason[] = L"the published bytes did not match the sig
 constexpr wchar_t kWaitingReason[] = L"waiting before retrying";
 constexpr wchar_t kIncompleteReason[] = L"the published update is incomplete";
 constexpr wchar_t kMismatchReason[] = L"the downloaded content did not match its signed hash";
-
+constexpr wchar_t kStoppedReason[] = L"the update of this file stopped: ";
 
 fs::path TargetPath(const fs::path& gameFolder, const SManifestEntry& entry) {
   return gameFolder / platform::ToPath(entry.path);
@@ -62,16 +65,44 @@ bool IsMissingOnHost(std::uint32_t status) {
          status != net::kStatusPartialContent;
 }
 
+// Called inside a catch block.
+std::wstring CurrentExceptionText() {
+  try {
+    throw;
+  } catch (const std::exception& surprise) {
+    return text::Utf8ToWide(surprise.what());
+  } catch (...) {
+    return L"unknown error";
+  }
+}
+
+// True for the second and later entries of one path. Paths are compared as
+// the orphan scan compares them, so two entries differing only in letter case
+// never race for one file (or one promotion temporary) on Windows.
+class CRepeatedPaths {
+ public:
+  bool IsRepeat(const SManifestEntry& entry) {
+    if (seen_.insert(ComparablePath(entry.path)).second) return false;
+    logging::LogWarning(kLogCategory, L"ignored a repeated entry for " + entry.path + L" [" + entry.sha256 + L"]");
+    return true;
+  }
+
+ private:
+  std::unordered_set<std::wstring> seen_;
+};
+
 // The entries whose files need content, in list order. Entries that may not
 // be fetched now are recorded as skipped.
 std::vector<SManifestEntry> PlanFetches(CPatcherService& service, const SManifest& manifest, bool repair,
                                         CApplyProgress& progress, CApplyTally& tally) {
   const fs::path gameFolder = platform::ToPath(service.Folders().gameFolder);
   const fs::path launcherPath = platform::ToPath(service.Folders().launcherPath);
+  CRepeatedPaths repeated;
   std::vector<SManifestEntry> toFetch;
   for (std::size_t i = 0; i < manifest.files.size(); ++i) {
     const SManifestEntry& entry = manifest.files[i];
     progress.ReportPreparing(i, manifest.files.size(), entry.path);
+    if (repeated.IsRepeat(entry)) continue;
     const fs::path target = TargetPath(gameFolder, entry);
     // The running launcher is replaced by its own self-update, never here.
     if (IsSameFile(target, launcherPath)) continue;
@@ -129,25 +160,30 @@ class CFetchRun {
     for (;;) {
       const std::size_t index = nextItem_.fetch_add(1);
       if (index >= items_.size()) return;
+      std::size_t settled = 0;
       try {
-        ProcessItem(items_[index]);
+        ProcessItem(items_[index], settled);
       } catch (...) {
-        // One item's surprise must not stop the others.
+        // One item's surprise must not stop the others, and its targets still
+        // count as not updated, or the release would be recorded as in place.
+        const bool firstReport = service_.RecordBlobFailure(items_[index].sha256, false);
+        FailTargets(items_[index], kStoppedReason + CurrentExceptionText(), firstReport, settled);
       }
     }
   }
 
-  void ProcessItem(const SFetchItem& item) {
+  // `settled`: how many of the item's targets have been counted, applied or failed.
+  void ProcessItem(const SFetchItem& item, std::size_t& settled) {
     const fs::path staged = StagedBlobPath(stagingRoot_, item.sha256);
     std::wstring reason;
     bool firstReport = false;
     if (staged.empty()) {
       // No blob can be published under a malformed digest.
-      FailTargets(item, kIncompleteReason, false);
+      FailTargets(item, kIncompleteReason, false, settled);
     } else if (!ReuseStagedBlob(staged, item) && !FetchBlob(item, staged, reason, firstReport)) {
-      FailTargets(item, reason, firstReport);
+      FailTargets(item, reason, firstReport, settled);
     } else {
-      PromoteOntoTargets(item, staged);
+      PromoteOntoTargets(item, staged, settled);
     }
     progress_.ReportFetch(kPhaseApplying, kApplyingStatus);
   }
@@ -196,9 +232,9 @@ class CFetchRun {
   }
 
   // Every target but the last gets a copy; the last takes the blob itself.
-  void PromoteOntoTargets(const SFetchItem& item, const fs::path& staged) {
+  void PromoteOntoTargets(const SFetchItem& item, const fs::path& staged, std::size_t& settled) {
     bool allApplied = true;
-    for (std::size_t i = 0; i < item.targets.size(); ++i) {
+    for (std::size_t i = 0; i < item.targets.size(); ++i, ++settled) {
       const SManifestEntry& entry = item.targets[i];
       const fs::path target = TargetPath(gameFolder_, entry);
       const bool last = i + 1 == item.targets.size();
@@ -228,8 +264,8 @@ class CFetchRun {
     return true;
   }
 
-  void FailTargets(const SFetchItem& item, const std::wstring& reason, bool firstReport) {
-    for (const SManifestEntry& entry : item.targets) tally_.RecordFailure(entry, reason, firstReport);
+  void FailTargets(const SFetchItem& item, const std::wstring& reason, bool firstReport, std::size_t& settled) {
+    for (; settled < item.targets.size(); ++settled) tally_.RecordFailure(item.targets[settled], reason, firstReport);
   }
 
   CPatcherService& service_;

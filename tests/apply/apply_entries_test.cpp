@@ -170,6 +170,26 @@ TEST_F(ApplyEntries, StagedBlobIsReusedOnlyWhenItsHashMatches) {
   }
 }
 
+// Of two entries for one path (in any letter case) only the first is planned;
+// an item whose work stops half-way (its staging folder cannot be made) still
+// counts every target as not updated, or the release would be recorded.
+TEST_F(ApplyEntries, ARepeatedPathIsIgnoredAndAnItemThatStopsFailsEveryTarget) {
+  const std::string first = PatternBytes(5000, 21);
+  const std::string stopped = PatternBytes(5000, 23);
+  const std::vector<patch::SManifestEntry> files = {Publish("data/a.bin", first),
+                                                    Publish("DATA/A.bin", PatternBytes(5000, 22)),
+                                                    Publish("b.bin", stopped), Publish("c.bin", stopped)};
+  const fs::path stagingFolder = patch::StagedBlobPath(StagingRoot(), files[2].sha256).parent_path();
+  dir_.Write(fs::relative(stagingFolder, dir_.path()).generic_string(), "a file where a folder belongs");
+
+  const SApplyRun run = Apply(files);
+  EXPECT_TRUE(ReadGameFile("data/a.bin") == first);
+  EXPECT_TRUE(HttpsLog(BlobUrlPath(files[1].sha256)).empty());
+  EXPECT_EQ(run.outcome.appliedCount, 1u);
+  EXPECT_EQ(run.outcome.failedCount, 2u);
+  EXPECT_TRUE(run.error.starts_with(L"2 files could not be updated, starting with b.bin (")) << text::WideToUtf8(run.error);
+}
+
 TEST_F(ApplyEntries, RunningLauncherIsNeverATarget) {
   // A hard link names the launcher's file by another path: only the file's identity can tell.
   const fs::path hardLink = dir_.path() / "launcher-link.exe";
