@@ -54,10 +54,24 @@ void ReadLauncher(const CJsonValue& record, SManifest& manifest) {
   manifest.launcherSha256 = std::move(sha256);
 }
 
+// Optional, and a malformed one is simply absent: the file is then fetched whole.
+void ReadChunkIndexRecord(const CJsonValue& element, SManifestEntry& entry) {
+  const CJsonValue* record = element.Find(L"chunks");
+  std::wstring sha256;
+  std::uint64_t size = 0;
+  if (record == nullptr || !ReadDigest(*record, L"sha256", sha256) || !ReadByteCount(*record, L"size", size)) return;
+  entry.chunkIndexSha256 = std::move(sha256);
+  entry.chunkIndexSize = size;
+}
+
 bool ReadEntry(const CJsonValue& element, SManifestEntry& entry) {
   std::wstring path;
-  return ReadString(element, L"path", path) && ValidateRelativePath(path, entry.path) &&
-         ReadDigest(element, L"sha256", entry.sha256) && ReadByteCount(element, L"size", entry.size);
+  if (!ReadString(element, L"path", path) || !ValidateRelativePath(path, entry.path) ||
+      !ReadDigest(element, L"sha256", entry.sha256) || !ReadByteCount(element, L"size", entry.size)) {
+    return false;
+  }
+  ReadChunkIndexRecord(element, entry);
+  return true;
 }
 
 // The list is pure ASCII, so each byte is one code unit; false on any other byte.

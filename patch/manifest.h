@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/launcher_config.h"
@@ -15,9 +16,17 @@ namespace patch {
 
 // One game file of the list.
 struct SManifestEntry {
+  SManifestEntry() = default;
+  SManifestEntry(std::wstring path, std::uint64_t size, std::wstring sha256)
+      : path(std::move(path)), size(size), sha256(std::move(sha256)) {}
+
   std::wstring path;  // relative to the game folder, normalised, "/" separators
   std::uint64_t size = 0;
   std::wstring sha256;  // 64 lower-case hexadecimal characters
+  // The blob of the file's chunk index (large files only), or empty; a
+  // launcher that knows nothing of chunks never reads these.
+  std::wstring chunkIndexSha256;
+  std::uint64_t chunkIndexSize = 0;
 
   bool operator==(const SManifestEntry&) const = default;
 };

@@ -136,7 +136,10 @@ TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndSkipsBadEntriesInOrder) {
                             entry("\"x\"", Quoted(std::string_view(kHash).substr(1)), "5") +
                             entry("\"x\"", hash, "-0.5") + entry("\"x\"", hash, "\"5\"") +
                             entry("\"x\"", hash, "18446744073709551616") + "{\"path\":\"x\",\"sha256\":" + hash +
-                            "},5," + entry("\"a//first.pak\"", hash, "1.7") + entry("\"a/./b\"", hash, "3");
+                            "},5," + entry("\"a//first.pak\"", hash, "1.7") + entry("\"a/./b\"", hash, "3") +
+                            // A chunk index is optional; a malformed one is dropped, never its entry.
+                            "{\"path\":\"c\",\"sha256\":" + hash + ",\"size\":4,\"chunks\":{\"sha256\":" + hash +
+                            ",\"size\":90}},{\"path\":\"d\",\"sha256\":" + hash + ",\"size\":5,\"chunks\":{\"size\":9}},";
   SManifest manifest;
   ASSERT_EQ(AcceptSigned(BuildList({{"version", "7.9"},
                                     {"generatedAt", "\"when\""},
@@ -147,7 +150,10 @@ TEST_F(ManifestTest, AcceptedListKeepsItsFieldsAndSkipsBadEntriesInOrder) {
   expected.version = 7;
   expected.channel = L"live";
   expected.generatedAt = L"when";
-  expected.files = {{L"b/second.pak", 2, kWideHash}, {L"a/first.pak", 1, kWideHash}, {L"a/b", 3, kWideHash}};
+  expected.files = {{L"b/second.pak", 2, kWideHash}, {L"a/first.pak", 1, kWideHash}, {L"a/b", 3, kWideHash},
+                    {L"c", 4, kWideHash}, {L"d", 5, kWideHash}};
+  expected.files[3].chunkIndexSha256 = kWideHash;
+  expected.files[3].chunkIndexSize = 90;
   EXPECT_EQ(manifest, expected);
 }
 

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "crypto/hex.h"
+#include "patch/blob_path.h"
 #include "platform/random_id.h"
 #include "tests/publisher/publisher_test_support.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_servers.h"
 #include "text/utf.h"
@@ -130,6 +132,48 @@ TEST_F(SignAndVerify, VerifyRefusesWhatALauncherWouldRefuse) {
   const SToolRun ahead = Verify();
   EXPECT_EQ(ahead.exitCode, 1);
   EXPECT_TRUE(Contains(ahead.err, "patchlist.v2.json"));
+}
+
+// Large files get a chunk index (the same bytes always the same index), and
+// verify reads each one against its file: a signed index that names wrong
+// chunk bytes is a problem even though every blob is intact.
+TEST_F(SignAndVerify, LargeFilesGetAChunkIndexThatVerifyChecksChunkByChunk) {
+  WriteGame("big.pak", testing_support::PatternBytes(5 * 1024 * 1024, 3));
+  WriteGame("small.txt", "small");
+  ASSERT_EQ(PublishRelease(1).exitCode, 0);
+  const SToolRun again = PublishRelease(2);
+  ASSERT_EQ(again.exitCode, 0) << again.err;
+  EXPECT_TRUE(Contains(again.out, "chunk indexes (files from 4 MiB): 1\n"));
+  patch::SManifest first;
+  patch::SManifest second;
+  ASSERT_EQ(AcceptPublished(Host(), 1, L"stable", key_.publicKey, first), patch::EManifestVerdict::Valid);
+  ASSERT_EQ(AcceptPublished(Host(), 2, L"stable", key_.publicKey, second), patch::EManifestVerdict::Valid);
+  const patch::SManifestEntry& big = second.files[0].path == L"big.pak" ? second.files[0] : second.files[1];
+  const std::wstring indexName = patch::BlobPathForHash(big.chunkIndexSha256);
+  ASSERT_FALSE(indexName.empty());
+  EXPECT_EQ(std::filesystem::file_size(HostFile(indexName)), big.chunkIndexSize);
+  EXPECT_EQ(first.files, second.files);
+  EXPECT_EQ(second.files[0].chunkIndexSha256.empty() + second.files[1].chunkIndexSha256.empty(), 1);
+  const SToolRun sound = Verify();
+  EXPECT_EQ(sound.exitCode, 0) << sound.err;
+  EXPECT_TRUE(Contains(sound.out, "chunk indexes: 1 checked, 1 sound\n"));
+
+  // A wrong index of the right form, published and signed as if the tool had written it.
+  std::string wrong = ReadFileBytes(HostFile(indexName));
+  const std::size_t digit = wrong.rfind(' ') + 1;
+  wrong[digit] = wrong[digit] == '0' ? '1' : '0';
+  const std::wstring wrongDigest = testing_support::Sha256Of(wrong);
+  dir_.Write(std::filesystem::relative(HostFile(patch::BlobPathForHash(wrongDigest)), dir_.path()).string(), wrong);
+  std::string list = ReadFileBytes(HostFile(L"patchlist.v2.json"));
+  list.replace(list.find(text::WideToUtf8(big.chunkIndexSha256)), 64, text::WideToUtf8(wrongDigest));
+  OverwriteFile(HostFile(L"patchlist.v2.json"), list);
+  std::filesystem::remove(HostFile(L"patchlist.v2.sig"));
+  ASSERT_EQ(RunTool({L"sign", L"--list", Text(HostFile(L"patchlist.v2.json")), L"--key", Text(key_.secretFile)})
+                .exitCode, 0);
+  const SToolRun caught = Verify();
+  EXPECT_EQ(caught.exitCode, 1);
+  EXPECT_TRUE(Contains(caught.err, " chunks do not match the bytes of "));
+  EXPECT_TRUE(Contains(caught.out, "chunk indexes: 1 checked, 0 sound\n"));
 }
 
 TEST_F(SignAndVerify, VerifyOverHttpsChecksAHostAsLaunchersSeeIt) {

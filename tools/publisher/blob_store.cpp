@@ -36,6 +36,11 @@ bool CopyVerified(const std::filesystem::path& source, const std::filesystem::pa
 
 }  // namespace
 
+bool CBlobStore::HasBlob(const std::filesystem::path& target, std::uint64_t size) const {
+  std::error_code ec;
+  return std::filesystem::is_regular_file(target, ec) && std::filesystem::file_size(target, ec) == size && !ec;
+}
+
 std::filesystem::path CBlobStore::BlobFile(const std::wstring& sha256) const {
   return hostFolder_ / platform::ToPath(patch::BlobPathForHash(sha256));
 }
@@ -50,8 +55,7 @@ bool CBlobStore::Store(const std::filesystem::path& source, const std::wstring& 
   const std::filesystem::path target = BlobFile(sha256);
   std::error_code ec;
   const bool present = std::filesystem::exists(target, ec);
-  if (present && std::filesystem::is_regular_file(target, ec) && std::filesystem::file_size(target, ec) == size &&
-      !ec) {
+  if (HasBlob(target, size)) {
     outcome = EBlobOutcome::Reused;
     return true;
   }
@@ -82,6 +86,20 @@ bool CBlobStore::Store(const std::filesystem::path& source, const std::wstring& 
     return false;
   }
   return true;
+}
+
+bool CBlobStore::StoreBytes(std::string_view bytes, const std::wstring& sha256, EBlobOutcome& outcome,
+                            std::wstring& error) const {
+  const std::filesystem::path target = BlobFile(sha256);
+  std::error_code ec;
+  const bool present = std::filesystem::exists(target, ec);
+  if (HasBlob(target, bytes.size())) {
+    outcome = EBlobOutcome::Reused;
+    return true;
+  }
+  std::filesystem::create_directories(target.parent_path(), ec);
+  outcome = present ? EBlobOutcome::Repaired : EBlobOutcome::Written;
+  return ReplaceFileAtomically(target, bytes, error);
 }
 
 }  // namespace publisher

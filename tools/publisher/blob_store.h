@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace publisher {
 
@@ -22,9 +23,16 @@ class CBlobStore {
   bool Store(const std::filesystem::path& source, const std::wstring& sha256, std::uint64_t size,
              EBlobOutcome& outcome, std::wstring& error) const;
 
+  // The same for a blob made in memory (a chunk index) whose digest is `sha256`.
+  bool StoreBytes(std::string_view bytes, const std::wstring& sha256, EBlobOutcome& outcome,
+                  std::wstring& error) const;
+
   std::filesystem::path BlobFile(const std::wstring& sha256) const;
 
  private:
+  // True when the blob is already there with the right size.
+  bool HasBlob(const std::filesystem::path& target, std::uint64_t size) const;
+
   std::filesystem::path hostFolder_;
 };
 

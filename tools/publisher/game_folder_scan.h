@@ -15,6 +15,9 @@ struct SGameFile {
   std::filesystem::path source;
   std::uint64_t size = 0;
   std::wstring sha256;  // filled in by hashing
+  // Large files only, also filled in by hashing: the chunk index and its digest.
+  std::string chunkIndex;
+  std::wstring chunkIndexSha256;
 };
 
 struct SSkippedFile {

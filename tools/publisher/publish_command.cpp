@@ -12,6 +12,7 @@
 
 #include "crypto/sha256.h"
 #include "patch/channel_pointer.h"
+#include "patch/chunk_index.h"
 #include "patch/manifest.h"
 #include "patch/protected_paths.h"
 #include "patch/version_order.h"
@@ -53,6 +54,13 @@ constexpr unsigned kMaxHashThreads = 4;
 // higher release would read back as another number than its pointer's.
 constexpr std::uint64_t kMaxRelease = std::uint64_t{1} << 53;
 constexpr std::size_t kProtectedSampleSize = 3;
+// Files from this size on get a chunk index, so launchers can fetch only
+// their changed chunks; below it a whole file costs little more than an index.
+constexpr std::uint64_t kChunkIndexThreshold = 4 * 1024 * 1024;
+// The longest chunk line ("<offset> <length> <sha256>\n") and the head, to
+// bound an index's size before the file is cut.
+constexpr std::uint64_t kChunkLineBound = 20 + 1 + 10 + 1 + 64 + 1;
+constexpr std::uint64_t kChunkHeadBound = 128;
 // Stands in for digests not computed yet: the list's size depends only on
 // their length, so an oversized list is refused before anything is hashed.
 const std::wstring kPlaceholderDigest(64, L'0');
@@ -267,9 +275,20 @@ class CPublishRun {
     }
     list.files.reserve(scan_.files.size());
     for (const SGameFile& file : scan_.files) {
-      list.files.push_back({file.path, file.size, withDigests ? file.sha256 : kPlaceholderDigest});
+      patch::SManifestEntry entry{file.path, file.size, withDigests ? file.sha256 : kPlaceholderDigest};
+      if (file.size >= kChunkIndexThreshold) {
+        entry.chunkIndexSha256 = withDigests ? file.chunkIndexSha256 : kPlaceholderDigest;
+        entry.chunkIndexSize = withDigests ? file.chunkIndex.size() : ChunkIndexSizeBound(file.size);
+      }
+      list.files.push_back(std::move(entry));
     }
     return list;
+  }
+
+  // Every chunk but the last is at least the minimum long.
+  static std::uint64_t ChunkIndexSizeBound(std::uint64_t fileSize) {
+    const std::uint64_t chunks = fileSize / patch::kDefaultChunking.minSize + 1;
+    return kChunkHeadBound + chunks * kChunkLineBound;
   }
 
   bool CheckListSize(std::wstring& error) {
@@ -312,7 +331,8 @@ class CPublishRun {
   // an entry whose size and digest describe different bytes.
   static void HashOne(SGameFile& file, std::wstring& problem) {
     std::wstring error;
-    if (!crypto::HashFileSha256(file.source, file.sha256, error)) {
+    if (!(file.size >= kChunkIndexThreshold ? HashAndChunk(file, error)
+                                            : crypto::HashFileSha256(file.source, file.sha256, error))) {
       problem = PathProblem(file.source, error);
       return;
     }
@@ -320,6 +340,15 @@ class CPublishRun {
     if (std::filesystem::file_size(file.source, ec) != file.size || ec) {
       problem = PathProblem(file.source, L"changed while it was being published; publish again");
     }
+  }
+
+  // The file's digest and chunk index in one read.
+  static bool HashAndChunk(SGameFile& file, std::wstring& error) {
+    patch::SChunkIndex index;
+    if (!patch::ChunkFile(file.source, patch::kDefaultChunking, index, file.sha256, error)) return false;
+    file.chunkIndex = patch::WriteChunkIndex(index);
+    return crypto::HashMemorySha256(reinterpret_cast<const std::uint8_t*>(file.chunkIndex.data()),
+                                    file.chunkIndex.size(), file.chunkIndexSha256, error);
   }
 
   bool StoreBlobs(std::wstring& error) {
@@ -332,6 +361,10 @@ class CPublishRun {
       EBlobOutcome outcome{};
       if (!blobs_.Store(file.source, file.sha256, file.size, outcome, error)) return false;
       tally_.Count(outcome);
+      if (!file.chunkIndex.empty()) {
+        if (!blobs_.StoreBytes(file.chunkIndex, file.chunkIndexSha256, outcome, error)) return false;
+        ++chunkIndexes_;
+      }
       distinct.erase(first);
     }
     if (!request_.launcher) return true;
@@ -390,6 +423,7 @@ class CPublishRun {
               L" bytes), skipped: " + std::to_wstring(scan_.skipped.size()));
     PrintLine(L"distinct contents: " + std::to_wstring(distinctBlobs_) +
               (request_.launcher ? L" and the launcher " + request_.launcher->version : L""));
+    PrintLine(L"chunk indexes (files from 4 MiB): " + std::to_wstring(chunkIndexes_));
     PrintLine(L"blobs written: " + std::to_wstring(tally_.written));
     PrintLine(L"blobs reused: " + std::to_wstring(tally_.reused));
     if (tally_.repaired != 0) PrintLine(L"blobs repaired (wrong size on the host): " + std::to_wstring(tally_.repaired));
@@ -408,6 +442,7 @@ class CPublishRun {
   SFolderScan scan_;
   SBlobTally tally_;
   std::size_t distinctBlobs_ = 0;
+  std::size_t chunkIndexes_ = 0;
   std::size_t listBytes_ = 0;
 };
 

@@ -84,6 +84,12 @@ std::string WriteUpdateList(const patch::SManifest& list) {
     text::AppendJsonKey(out, "path");
     AppendAsciiJsonString(out, entry.path);
     AppendBlobMembers(out, entry.sha256, entry.size);
+    if (!entry.chunkIndexSha256.empty()) {
+      text::AppendJsonKey(out, "chunks");
+      out += '{';
+      AppendBlobMembers(out, entry.chunkIndexSha256, entry.chunkIndexSize);
+      out += '}';
+    }
     out += '}';
   }
   out += "\n]}\n";

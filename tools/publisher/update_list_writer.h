@@ -14,7 +14,8 @@ namespace publisher {
 inline constexpr int kUpdateListSchema = 1;
 
 // The list's bytes for `list`: "schema", "version", "channel",
-// "generatedAt", "launcher" when hasLauncher, then "files" in their order.
+// "generatedAt", "launcher" when hasLauncher, then "files" in their order,
+// each with "chunks" when it has a chunk index.
 std::string WriteUpdateList(const patch::SManifest& list);
 
 // `text` as a quoted JSON string made only of printable ASCII.

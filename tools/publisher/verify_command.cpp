@@ -2,11 +2,15 @@
 // signature) and then checks every blob the list needs, reporting each
 // problem rather than stopping at the first.
 
+#include <fstream>
 #include <map>
+#include <set>
+#include <vector>
 
 #include "crypto/sha256.h"
 #include "patch/blob_path.h"
 #include "patch/channel_pointer.h"
+#include "patch/chunk_index.h"
 #include "patch/manifest.h"
 #include "text/json.h"
 #include "tools/publisher/command_support.h"
@@ -26,7 +30,8 @@ constexpr std::wstring_view kVerifyHelp =
     L"Checks a patch host as a launcher built with these public keys would see it:\n"
     L"the channel pointer (channel stable unless given), the update list it names and\n"
     L"its signature, then that every blob the list needs is present with the right\n"
-    L"size and SHA-256. Every problem is reported; the exit status is 1 if any.";
+    L"size and SHA-256, and that every chunk index tiles its file and names its bytes.\n"
+    L"Every problem is reported; the exit status is 1 if any.";
 
 constexpr std::size_t kMaxKeys = 2;
 
@@ -44,7 +49,10 @@ class CHostVerification {
   // The number of problems found.
   std::size_t Run() {
     patch::SManifest list;
-    if (ReadAcceptedList(list)) CheckBlobs(list);
+    if (ReadAcceptedList(list)) {
+      CheckBlobs(list);
+      CheckChunkIndexes(list);
+    }
     PrintLine(problems_ == 0 ? std::wstring(L"host verified: no problems")
                              : std::to_wstring(problems_) + L" problem(s) found");
     return problems_;
@@ -118,11 +126,97 @@ class CHostVerification {
 
   void CheckBlobs(const patch::SManifest& list) {
     std::map<std::wstring, SBlobNeed> needs;  // ordered, so reports come in digest order
-    for (const patch::SManifestEntry& entry : list.files) Need(entry.sha256, entry.size, entry.path, needs);
+    for (const patch::SManifestEntry& entry : list.files) {
+      Need(entry.sha256, entry.size, entry.path, needs);
+      if (!entry.chunkIndexSha256.empty()) {
+        Need(entry.chunkIndexSha256, entry.chunkIndexSize, L"the chunk index of " + entry.path, needs);
+      }
+    }
     if (list.hasLauncher) Need(list.launcherSha256, list.launcherSize, L"the launcher", needs);
-    std::size_t intact = 0;
-    for (const auto& [sha256, need] : needs) intact += CheckBlob(sha256, need) ? 1 : 0;
-    PrintLine(L"blobs: " + std::to_wstring(needs.size()) + L" needed, " + std::to_wstring(intact) + L" intact");
+    for (const auto& [sha256, need] : needs) {
+      if (CheckBlob(sha256, need)) intact_.insert(sha256);
+    }
+    PrintLine(L"blobs: " + std::to_wstring(needs.size()) + L" needed, " + std::to_wstring(intact_.size()) +
+              L" intact");
+  }
+
+  // Each index of an intact file must read, tile the file and name its bytes:
+  // a launcher would otherwise fall back to whole downloads without a word.
+  void CheckChunkIndexes(const patch::SManifest& list) {
+    std::set<std::wstring> checked;
+    std::size_t sound = 0;
+    for (const patch::SManifestEntry& entry : list.files) {
+      if (entry.chunkIndexSha256.empty() || !intact_.contains(entry.sha256) ||
+          !intact_.contains(entry.chunkIndexSha256) || !checked.insert(entry.chunkIndexSha256).second) {
+        continue;
+      }
+      sound += CheckChunkIndex(entry) ? 1 : 0;
+    }
+    if (!checked.empty()) {
+      PrintLine(L"chunk indexes: " + std::to_wstring(checked.size()) + L" checked, " + std::to_wstring(sound) +
+                L" sound");
+    }
+  }
+
+  bool CheckChunkIndex(const patch::SManifestEntry& entry) {
+    const std::wstring indexName = patch::BlobPathForHash(entry.chunkIndexSha256);
+    const std::wstring forWhom = L" (the chunk index of " + entry.path + L")";
+    std::string text;
+    std::wstring error;
+    patch::SChunkIndex index;
+    if (!ReadFetched(indexName, entry.chunkIndexSize, text, error)) {
+      Problem(error + forWhom);
+      return false;
+    }
+    if (!patch::ParseChunkIndex(text, index) || index.fileSize != entry.size) {
+      Problem(host_.Where(indexName) + L": not a chunk index that tiles the file's " + std::to_wstring(entry.size) +
+              L" bytes" + forWhom);
+      return false;
+    }
+    const std::wstring blobName = patch::BlobPathForHash(entry.sha256);
+    std::filesystem::path local;
+    bool missing = false;
+    if (!host_.Fetch(blobName, local, missing, error)) {
+      Problem(error + forWhom);
+      return false;
+    }
+    const std::size_t wrong = CountWrongChunks(local, index);
+    host_.Release(local);
+    if (wrong != 0) {
+      Problem(host_.Where(indexName) + L": " + std::to_wstring(wrong) + L" of " + std::to_wstring(index.chunks.size()) +
+              L" chunks do not match the bytes of " + host_.Where(blobName) + forWhom);
+    }
+    return wrong == 0;
+  }
+
+  bool ReadFetched(const std::wstring& name, std::uint64_t size, std::string& bytes, std::wstring& error) {
+    std::filesystem::path local;
+    bool missing = false;
+    if (!host_.Fetch(name, local, missing, error)) return false;
+    bytes.assign(size, '\0');
+    std::ifstream in(local, std::ios::binary);
+    in.read(bytes.data(), static_cast<std::streamsize>(size));
+    const bool read = in.gcount() == static_cast<std::streamsize>(size);
+    host_.Release(local);
+    if (!read) error = host_.Where(name) + L": could not be read";
+    return read;
+  }
+
+  static std::size_t CountWrongChunks(const std::filesystem::path& file, const patch::SChunkIndex& index) {
+    std::ifstream in(file, std::ios::binary);
+    std::vector<std::uint8_t> chunk;
+    std::size_t wrong = 0;
+    for (const patch::SChunk& expected : index.chunks) {
+      chunk.resize(expected.length);
+      in.read(reinterpret_cast<char*>(chunk.data()), expected.length);
+      std::wstring digest;
+      std::wstring ignored;
+      const bool same = in.gcount() == expected.length &&
+                        crypto::HashMemorySha256(chunk.data(), chunk.size(), digest, ignored) &&
+                        digest == expected.sha256;
+      wrong += same ? 0 : 1;
+    }
+    return wrong;
   }
 
   void Need(const std::wstring& sha256, std::uint64_t size, const std::wstring& path,
@@ -166,6 +260,7 @@ class CHostVerification {
   std::size_t keyCount_;
   std::wstring channel_;
   std::size_t problems_ = 0;
+  std::set<std::wstring> intact_;
 };
 
 }  // namespace
