@@ -93,6 +93,16 @@ bool CPatcherService::LookupCachedHashOnActor(const std::wstring& fullPath, std:
   return found;
 }
 
+void CPatcherService::LookupCachedHashesOnActor(std::vector<SCachedHashQuery>& queries) {
+  for (SCachedHashQuery& query : queries) query.stamped = platform::ReadFileStamp(*query.fullPath, query.stamp);
+  actor_.PostAndWait([&] {
+    for (SCachedHashQuery& query : queries) {
+      query.cached = query.stamped && integrityCache_.Lookup(*query.fullPath, query.stamp.size,
+                                                             query.stamp.lastWriteTime, query.sha256);
+    }
+  });
+}
+
 void CPatcherService::StoreCachedHashOnActor(const std::wstring& fullPath, std::uint64_t size,
                                              const std::wstring& sha256) {
   actor_.PostAndWait([&] {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "app/launcher_config.h"
 #include "patch/blob_failures.h"
@@ -17,6 +18,7 @@
 #include "patch/patch_state.h"
 #include "patch/patch_view.h"
 #include "patch/update_actor.h"
+#include "platform/file_time.h"
 
 namespace net {
 class CHttpClient;
@@ -37,6 +39,15 @@ SServiceFolders DefaultServiceFolders();
 
 // Who asked for a patch run.
 enum class EPatchTrigger { User, Automatic };
+
+// One file of a batched integrity-cache lookup.
+struct SCachedHashQuery {
+  const std::wstring* fullPath = nullptr;
+  bool stamped = false;  // its size and last-write time could be read
+  platform::SFileStamp stamp;
+  bool cached = false;  // the cache vouches for `sha256` at that stamp
+  std::wstring sha256;
+};
 
 class CPatcherService {
  public:
@@ -71,6 +82,9 @@ class CPatcherService {
   bool LookupCachedHashOnActor(const std::wstring& fullPath, std::uint64_t size, std::int64_t mtime,
                                std::wstring& sha256);
   void StoreCachedHashOnActor(const std::wstring& fullPath, std::uint64_t size, const std::wstring& sha256);
+  // Many lookups in one trip to the actor; each file's size and time are read
+  // on the calling thread first.
+  void LookupCachedHashesOnActor(std::vector<SCachedHashQuery>& queries);
   void PersistIntegrityCache();
 
   // True when the file at `fullPath` has the entry's size and SHA-256, trusting

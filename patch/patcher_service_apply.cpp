@@ -3,6 +3,7 @@
 // workers, verify it and promote it onto every target that shares it.
 #include <algorithm>
 #include <atomic>
+#include <optional>
 #include <system_error>
 #include <thread>
 #include <unordered_set>
@@ -17,6 +18,7 @@
 #include "patch/apply_tally.h"
 #include "patch/blob_path.h"
 #include "patch/disk_space_check.h"
+#include "patch/entry_verification.h"
 #include "patch/patcher_service.h"
 #include "patch/protected_paths.h"
 #include "patch/staged_promotion.h"
@@ -92,22 +94,35 @@ class CRepeatedPaths {
 };
 
 // The entries whose files need content, in list order. Entries that may not
-// be fetched now are recorded as skipped.
+// be fetched now are recorded as skipped. The files are checked on a small
+// pool of threads while the entries are taken here in order.
 std::vector<SManifestEntry> PlanFetches(CPatcherService& service, const SManifest& manifest, bool repair,
                                         CApplyProgress& progress, CApplyTally& tally) {
   const fs::path gameFolder = platform::ToPath(service.Folders().gameFolder);
   const fs::path launcherPath = platform::ToPath(service.Folders().launcherPath);
   CRepeatedPaths repeated;
-  std::vector<SManifestEntry> toFetch;
-  for (std::size_t i = 0; i < manifest.files.size(); ++i) {
-    const SManifestEntry& entry = manifest.files[i];
-    progress.ReportPreparing(i, manifest.files.size(), entry.path);
+  std::vector<const SManifestEntry*> candidates;
+  std::vector<std::wstring> paths;
+  for (const SManifestEntry& entry : manifest.files) {
     if (repeated.IsRepeat(entry)) continue;
     const fs::path target = TargetPath(gameFolder, entry);
     // The running launcher is replaced by its own self-update, never here.
     if (IsSameFile(target, launcherPath)) continue;
-    std::wstring ignoredError;
-    if (!repair && service.VerifyEntryIntegrity(platform::FromPath(target), entry, ignoredError)) continue;
+    candidates.push_back(&entry);
+    paths.push_back(platform::FromPath(target));
+  }
+  std::optional<CEntryVerification> verification;
+  if (!repair) verification.emplace(service, paths, candidates);
+
+  std::vector<SManifestEntry> toFetch;
+  std::size_t candidate = 0;
+  for (std::size_t i = 0; i < manifest.files.size(); ++i) {
+    const SManifestEntry& entry = manifest.files[i];
+    progress.ReportPreparing(i, manifest.files.size(), entry.path);
+    if (candidate == candidates.size() || candidates[candidate] != &entry) continue;
+    const bool intact = verification && verification->Passed(candidate);
+    ++candidate;
+    if (intact) continue;
     switch (service.ConsultBlobFailure(entry.sha256)) {
       case ERetryVerdict::Refused:
         tally.RecordFailure(entry, kRefusedReason, false);

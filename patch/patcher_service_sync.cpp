@@ -5,6 +5,7 @@
 
 #include "log/log.h"
 #include "net/http_client.h"
+#include "patch/entry_verification.h"
 #include "patch/patcher_service.h"
 #include "platform/path_text.h"
 
@@ -108,14 +109,16 @@ bool CPatcherService::SyncPatchState(const net::CHttpClient& http, bool maintena
   } else if (!filesPresent) {
     SetPatchAvailable(status);
   } else {
-    bool allVerified = true;
-    std::wstring verifyError;
+    std::vector<std::wstring> paths;
+    std::vector<const SManifestEntry*> entries;
     for (const SManifestEntry& entry : manifest.files) {
-      if (!VerifyEntryIntegrity(platform::FromPath(EntryPath(gameFolder, entry)), entry, verifyError)) {
-        allVerified = false;
-        break;
-      }
+      paths.push_back(platform::FromPath(EntryPath(gameFolder, entry)));
+      entries.push_back(&entry);
     }
+    CEntryVerification verification(*this, paths, entries);
+    bool allVerified = true;
+    // The first file found wrong settles it; the rest of the work is dropped.
+    for (std::size_t i = 0; allVerified && i < entries.size(); ++i) allVerified = verification.Passed(i);
     if (allVerified) {
       // The folder already holds this release (a fresh install beside a copied game, say).
       MarkInstalledAt(manifest, fingerprint);

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "patch/entry_verification.h"
 #include "patch/patcher_service.h"
 #include "platform/path_text.h"
 #include "tests/support/sha256_of.h"
@@ -71,6 +72,32 @@ TEST_F(VerifyEntryIntegrity, CacheSurvivesARestartThroughSaveState) {
   ASSERT_TRUE(restarted.InitializeState(error));
   WriteGameFile("jello");
   EXPECT_TRUE(restarted.VerifyEntryIntegrity(file_, entry_, error)) << error;
+}
+
+// Many files at once, on the thread pool: every verdict as one file alone
+// would get it, in list order, the same again from the cache, and a
+// verification dropped half-way stops cleanly.
+TEST_F(VerifyEntryIntegrity, ABatchGivesEachEntryItsOwnVerdictInOrder) {
+  std::vector<patch::SManifestEntry> entries;
+  std::vector<std::wstring> paths;
+  std::vector<bool> expected;
+  for (int i = 0; i < 60; ++i) {
+    const std::string name = "game/f" + std::to_string(i);
+    const std::string bytes = "content " + std::to_string(i);
+    const int kind = i % 4;  // right, missing, wrong size, wrong bytes
+    if (kind != 1) dir_.Write(name, kind == 2 ? bytes + "!" : kind == 3 ? "CONTENT " + std::to_string(i) : bytes);
+    entries.push_back({L"f" + std::to_wstring(i), bytes.size(), Sha256Of(bytes)});
+    paths.push_back(platform::FromPath(dir_.path() / name));
+    expected.push_back(kind == 0);
+  }
+  std::vector<const patch::SManifestEntry*> pointers;
+  for (const auto& entry : entries) pointers.push_back(&entry);
+  for (int round = 0; round < 2; ++round) {
+    patch::CEntryVerification verification(service_, paths, pointers);
+    for (std::size_t i = 0; i < entries.size(); ++i) EXPECT_EQ(verification.Passed(i), expected[i]) << i << round;
+  }
+  patch::CEntryVerification dropped(service_, paths, pointers);
+  EXPECT_TRUE(dropped.Passed(0));
 }
 
 }  // namespace
