@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -67,6 +68,19 @@ TEST(OrphanScan, CountingFormSamplesFiftyFullFormListsAll) {
 
   const patch::SOrphanScan full = Scan(dir.wide(), ManifestOf({L"kept.dat"}));
   EXPECT_EQ(full.orphanSample, std::vector<std::wstring>(orphans.begin(), orphans.end()));
+}
+
+// A listed "Ä.TXT" is the file "ä.txt"; the unlisted "ÖL.dat" is reported
+// and removed under the name the scan gives it.
+TEST(OrphanScan, LetterCaseOfNonAsciiNamesMeansTheSameOnBothSystems) {
+  TempDir dir;
+  const auto listed = dir.Write("\xC3\xA4.txt", "listed");
+  const auto orphan = dir.Write("\xC3\x96L.dat", "x");
+  const patch::SOrphanScan scan = Scan(dir.wide(), ManifestOf({L"\u00C4.TXT"}));
+  EXPECT_EQ(scan.orphanSample, std::vector<std::wstring>{L"\u00F6l.dat"});
+  EXPECT_EQ(patch::RemoveOrphans(dir.wide(), scan.orphanSample).removedFiles, 1u);
+  EXPECT_TRUE(std::filesystem::exists(listed));
+  EXPECT_FALSE(std::filesystem::exists(orphan));
 }
 
 TEST(OrphanScan, MissingOrEmptyFolderHasNoOrphans) {
