@@ -6,8 +6,11 @@
 
 #include "patch/orphan_scan.h"
 #include "patch/patcher_service.h"
+#include "patch/staged_promotion.h"
+#include "platform/file_time.h"
 #include "platform/path_text.h"
 #include "tests/orphans/orphan_test_support.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 #include "text/utf.h"
 
@@ -15,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace orphan_tests;
+using testing_support::Sha256Of;
 using testing_support::TempDir;
 
 // Also past the old 260-character path limit, which Windows needs \\?\ paths for.
@@ -66,6 +70,32 @@ TEST(OrphanRemoval, NeverTouchesAnUnsafeOrProtectedPath) {
   for (const wchar_t* path : {L"Old\\Patch1.DAT", L"a..b/c.dat", L"..hidden/x.dat", L"x/...dat"}) {
     EXPECT_TRUE(patch::IsRemovableOrphanPath(path)) << text::WideToUtf8(path);
   }
+}
+
+// Windows needs its long-path form for each of these steps.
+TEST(OrphanRemoval, AFileFarPast260CharactersIsPromotedVerifiedScannedAndRemoved) {
+  TempDir dir;
+  std::wstring folders = L"deep";
+  while (folders.size() < 320) folders += L"/folder_of_a_deep_tree";
+  const std::wstring relative = folders + L"/Old.dat";
+  const fs::path staged = dir.Write("staged", "hello");
+  const fs::path target = dir.path() / "game" / platform::ToPath(relative);
+  std::wstring error;
+  ASSERT_TRUE(patch::PrepareStagedPromotion(staged, target, error) && patch::PromoteStagedFile(staged, target, error))
+      << text::WideToUtf8(error);
+
+  patch::CPatcherService service(CompiledLauncherConfig(), {platform::FromPath(dir.path() / "runtime"), L"",
+                                                            platform::FromPath(dir.path() / "game"), L""});
+  ASSERT_TRUE(service.InitializeState(error));
+  EXPECT_TRUE(service.VerifyEntryIntegrity(platform::FromPath(target), {relative, 5, Sha256Of("hello")}, error))
+      << text::WideToUtf8(error);
+
+  patch::SOrphanScan scan;
+  ASSERT_TRUE(service.ScanOrphans(ManifestOf({L"kept.dat"}), patch::kOrphanSampleLimit, scan, error));
+  ASSERT_EQ(scan.orphanSample, std::vector<std::wstring>{folders + L"/old.dat"});
+  EXPECT_EQ(service.RemoveOrphans(scan.orphanSample).removedFiles, 1u);
+  platform::SFileStamp stamp;
+  EXPECT_FALSE(platform::ReadFileStamp(platform::FromPath(target), stamp));
 }
 
 TEST(OrphanRemoval, TheServiceSparesTheRunningLauncherInTheGameFolder) {
