@@ -21,7 +21,7 @@ using namespace orphan_tests;
 using testing_support::Sha256Of;
 using testing_support::TempDir;
 
-// Also past the old 260-character path limit, which Windows needs \\?\ paths for.
+// Also past the old 260-character path limit, and one of them read-only.
 TEST(OrphanRemoval, RemovesListedFilesInAnySpellingAndCountsThem) {
   TempDir dir;
   std::string deep = "deep";
@@ -30,6 +30,7 @@ TEST(OrphanRemoval, RemovesListedFilesInAnySpellingAndCountsThem) {
                                          dir.Write("game/Old/Patch1.DAT", "123456"),
                                          dir.Write("game/Sub2/File.DAT", "xyz")};
   const fs::path kept = dir.Write("game/kept.dat", "listed");
+  fs::permissions(removed[2], fs::perms::owner_read);
 
   const patch::SOrphanRemoval removal = patch::RemoveOrphans(
       platform::FromPath(dir.path() / "game"),
@@ -63,8 +64,9 @@ TEST(OrphanRemoval, NeverTouchesAnUnsafeOrProtectedPath) {
     EXPECT_FALSE(patch::IsRemovableOrphanPath(path)) << text::WideToUtf8(path);
     EXPECT_EQ(patch::RemoveOrphans(game, {path}).failedFiles, 1u) << text::WideToUtf8(path);
   }
-  // A folder passes the text rules, yet removal deletes files only.
-  EXPECT_EQ(patch::RemoveOrphans(game, {L"sub"}).failedFiles, 1u);
+  // A folder passes the text rules, yet removal deletes files only; and a
+  // stream name reaches no file (on Windows the main stream is the file).
+  EXPECT_EQ(patch::RemoveOrphans(game, {L"sub", L"b.txt::$DATA"}).failedFiles, 2u);
   for (const fs::path& file : files) EXPECT_TRUE(fs::exists(file)) << file.string();
   // Dots inside a name are ordinary.
   for (const wchar_t* path : {L"Old\\Patch1.DAT", L"a..b/c.dat", L"..hidden/x.dat", L"x/...dat"}) {
