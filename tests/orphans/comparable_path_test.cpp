@@ -8,14 +8,11 @@
 
 namespace {
 
-// Each row's spellings are one name to Windows's file systems (or, in the
-// last rows, are deliberately taken as one); the comparable form must be the
+// Each row's spellings are one name to Windows's file systems (or, for "İ"
+// and "ẞ", are deliberately taken as one); the comparable form must be the
 // same text on both systems.
 TEST(ComparablePath, FoldsLetterCaseAsWindowsFileSystemsMatchNames) {
-  const struct {
-    std::wstring_view spellings[2];
-    std::wstring_view comparable;
-  } rows[] = {
+  const struct { std::wstring_view spellings[2], comparable; } rows[] = {
       {{L"Data\\\u00C4.TXT", L"data/\u00E4.txt"}, L"data/\u00E4.txt"},
       {{L"\u0178", L"\u00FF"}, L"\u00FF"},
       {{L"KIRMIZI", L"k\u0131rm\u0131z\u0131"}, L"kirmizi"},
@@ -43,7 +40,6 @@ TEST(ComparablePath, OrdersByCodePointOnBothSystems) {
   EXPECT_TRUE(patch::ComesFirst(L"a/\uFFFD", L"a/\U0001F600"));
   EXPECT_FALSE(patch::ComesFirst(L"a/\U0001F600", L"a/\uFFFD"));
   EXPECT_TRUE(patch::ComesFirst(L"a", L"a/b"));
-  EXPECT_FALSE(patch::ComesFirst(L"b", L"b"));
 }
 
 }  // namespace
