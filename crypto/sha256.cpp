@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "crypto/sha256_hasher.h"
+#include "platform/path_text.h"
 
 namespace crypto {
 
@@ -31,7 +32,7 @@ bool FinishInto(CSha256Hasher& hasher, std::wstring& digest, std::wstring& error
 
 bool HashFileSha256(const std::filesystem::path& path, std::wstring& digest, std::wstring& errorText) {
   digest.clear();
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(platform::SystemPath(path), std::ios::binary);
   if (!file.is_open()) {
     errorText = kOpenFailed;
     return false;

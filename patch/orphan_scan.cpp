@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 #include "patch/orphan_scan_os.h"
 #include "patch/protected_paths.h"
@@ -46,6 +47,17 @@ std::unordered_set<std::wstring> WantedPaths(const SManifest& manifest) {
 
 }  // namespace
 
+void SortForWalk(std::vector<SWalkEntry>& entries) {
+  std::vector<std::pair<std::wstring, SWalkEntry>> keyed;
+  keyed.reserve(entries.size());
+  for (SWalkEntry& entry : entries) keyed.emplace_back(ComparablePath(entry.name), std::move(entry));
+  std::ranges::sort(keyed, [](const auto& left, const auto& right) {
+    if (left.first != right.first) return ComesFirst(left.first, right.first);
+    return ComesFirst(left.second.name, right.second.name);
+  });
+  for (std::size_t i = 0; i < entries.size(); ++i) entries[i] = std::move(keyed[i].second);
+}
+
 bool ScanOrphans(const std::wstring& gameFolder, const SManifest& manifest, std::size_t sampleLimit,
                  std::wstring_view excludedRelativePath, SOrphanScan& scan, std::wstring& errorText) {
   scan = {};
@@ -67,7 +79,7 @@ bool ScanOrphans(const std::wstring& gameFolder, const SManifest& manifest, std:
     scan.orphanBytes += size;
     if (scan.orphanSample.size() < sampleLimit) scan.orphanSample.push_back(std::move(path));
   });
-  std::sort(scan.orphanSample.begin(), scan.orphanSample.end());
+  std::ranges::sort(scan.orphanSample, ComesFirst);
   return true;
 }
 

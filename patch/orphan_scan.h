@@ -23,8 +23,9 @@ inline constexpr std::size_t kUnlimitedOrphanSample = std::numeric_limits<std::s
 struct SOrphanScan {
   std::uint64_t orphanFiles = 0;
   std::uint64_t orphanBytes = 0;  // a size that cannot be read adds 0
-  // Game-relative, "/"-separated, lower-case; the first orphans found up to
-  // the limit, then sorted.
+  // Game-relative paths in comparable form ("/"-separated, letter case folded
+  // alike on every system); the first orphans of the walk up to the limit,
+  // then sorted by code point.
   std::vector<std::wstring> orphanSample;
 };
 
@@ -52,7 +53,7 @@ bool IsRemovableOrphanPath(std::wstring_view relativePath);
 // that passes through a linked folder or that is no longer a regular file is
 // left untouched and counted as failed, as is a file the OS will not delete.
 // Names are matched without regard to case on every system, as the scan
-// reports them lower-cased.
+// reports them in comparable form.
 SOrphanRemoval RemoveOrphans(const std::wstring& gameFolder, const std::vector<std::wstring>& orphans);
 
 }  // namespace patch

@@ -39,6 +39,25 @@ class CFolderDescriptor {
   int fd_;
 };
 
+// The folder's files and folders; links and other kinds are left out.
+std::vector<SWalkEntry> ListFolder(DIR* listing) {
+  std::vector<SWalkEntry> entries;
+  while (const dirent* item = readdir(listing)) {
+    const std::string_view name = item->d_name;
+    if (name == "." || name == "..") continue;
+    // A name that is not UTF-8 has no wide form, so it could never be named
+    // for removal either.
+    std::wstring wideName = text::Utf8ToWide(name);
+    if (wideName.empty()) continue;
+    struct stat info {};
+    if (fstatat(dirfd(listing), item->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
+    if (S_ISDIR(info.st_mode) || S_ISREG(info.st_mode)) {
+      entries.push_back({std::move(wideName), S_ISDIR(info.st_mode), static_cast<std::uint64_t>(info.st_size)});
+    }
+  }
+  return entries;
+}
+
 // Takes ownership of `folderFd`.
 void VisitFolder(int folderFd, const std::wstring& prefix, const GameFileVisitor& visit) {
   DIR* listing = fdopendir(folderFd);
@@ -46,21 +65,15 @@ void VisitFolder(int folderFd, const std::wstring& prefix, const GameFileVisitor
     close(folderFd);
     return;
   }
-  while (const dirent* item = readdir(listing)) {
-    const std::string_view name = item->d_name;
-    if (name == "." || name == "..") continue;
-    // A name that is not UTF-8 has no wide form, so it could never be named
-    // for removal either.
-    const std::wstring wideName = text::Utf8ToWide(name);
-    if (wideName.empty()) continue;
-    struct stat info {};
-    if (fstatat(dirfd(listing), item->d_name, &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
-    if (S_ISDIR(info.st_mode)) {
-      const int child = openat(dirfd(listing), item->d_name, kFolderFlags);
-      if (child >= 0) VisitFolder(child, prefix + wideName + L'/', visit);
-    } else if (S_ISREG(info.st_mode)) {
-      visit(prefix + wideName, static_cast<std::uint64_t>(info.st_size));
+  std::vector<SWalkEntry> entries = ListFolder(listing);
+  SortForWalk(entries);
+  for (const SWalkEntry& entry : entries) {
+    if (!entry.folder) {
+      visit(prefix + entry.name, entry.size);
+      continue;
     }
+    const int child = openat(dirfd(listing), text::WideToUtf8(entry.name).c_str(), kFolderFlags);
+    if (child >= 0) VisitFolder(child, prefix + entry.name + L'/', visit);
   }
   closedir(listing);
 }

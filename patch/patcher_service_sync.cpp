@@ -1,12 +1,12 @@
 // Synchronisation: is the game folder the published release, or does it need
 // a patch? Decided without downloading any game file.
 #include <filesystem>
-#include <system_error>
 
 #include "log/log.h"
 #include "net/http_client.h"
 #include "patch/entry_verification.h"
 #include "patch/patcher_service.h"
+#include "platform/file_time.h"
 #include "platform/path_text.h"
 
 namespace patch {
@@ -14,9 +14,10 @@ namespace {
 
 constexpr std::wstring_view kLogCategory = L"manifest";
 
+// The integrity check's own query, which works at any path length.
 bool IsRegularFile(const std::filesystem::path& path) {
-  std::error_code ec;
-  return std::filesystem::is_regular_file(path, ec);
+  platform::SFileStamp ignored;
+  return platform::ReadFileStamp(platform::FromPath(path), ignored);
 }
 
 std::filesystem::path EntryPath(const std::filesystem::path& gameFolder, const SManifestEntry& entry) {

@@ -1,7 +1,10 @@
 #include "patch/protected_paths.h"
 
+#include <algorithm>
 #include <array>
-#include <cwctype>
+#include <cstdint>
+
+#include "text/letter_case.h"
 
 namespace patch {
 namespace {
@@ -54,14 +57,24 @@ bool EqualsAny(std::wstring_view text, const std::array<std::wstring_view, N>& n
   return false;
 }
 
+// Where wchar_t is 16 bits wide, surrogates stand for characters past U+FFFF,
+// so they rank above every other unit; elsewhere a unit is a code point.
+std::uint32_t CodePointRank(wchar_t unit) {
+  const auto code = static_cast<std::uint32_t>(unit);
+  if (sizeof(wchar_t) > 2 || code < 0xD800) return code;
+  return code < 0xE000 ? code + 0x2000 : code - 0x800;
+}
+
 }  // namespace
 
 std::wstring ComparablePath(std::wstring_view relativePath) {
   std::wstring comparable(relativePath);
-  for (wchar_t& unit : comparable) {
-    unit = unit == L'\\' ? L'/' : static_cast<wchar_t>(std::towlower(unit));
-  }
+  for (wchar_t& unit : comparable) unit = unit == L'\\' ? L'/' : text::FoldLetterCase(unit);
   return comparable;
+}
+
+bool ComesFirst(std::wstring_view left, std::wstring_view right) {
+  return std::ranges::lexicographical_compare(left, right, {}, CodePointRank, CodePointRank);
 }
 
 bool IsProtectedPath(std::wstring_view relativePath) {

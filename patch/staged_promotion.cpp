@@ -7,6 +7,7 @@
 #include "patch/blob_path.h"
 #include "platform/file_copy.h"
 #include "platform/file_replace.h"
+#include "platform/folder_create.h"
 #include "platform/path_text.h"
 
 namespace patch {
@@ -26,8 +27,8 @@ fs::path PromotionTemporary(const fs::path& target) {
 }
 
 void RemoveQuietly(const fs::path& path) {
-  std::error_code ignored;
-  fs::remove(path, ignored);
+  std::uint32_t ignoredCode = 0;
+  platform::DeleteReadOnlyFile(path, ignoredCode);
 }
 
 }  // namespace
@@ -52,8 +53,7 @@ bool PrepareStagedPromotion(const fs::path& staged, const fs::path& target, std:
     return false;
   }
   const fs::path parent = target.parent_path();
-  fs::create_directories(parent, ec);
-  if (ec) {
+  if (!platform::CreateFolders(parent)) {
     error = L"failed to create " + Text(parent);
     return false;
   }
@@ -81,8 +81,7 @@ bool ReplaceLockedFile(const fs::path& source, const fs::path& target, std::wstr
     error = L"replacement paths are invalid";
     return false;
   }
-  std::error_code ignored;
-  fs::create_directories(target.parent_path(), ignored);
+  platform::CreateFolders(target.parent_path());
 
   const fs::path temporary = platform::ToPath(Text(target) + kPromoteSuffix);
   RemoveQuietly(temporary);

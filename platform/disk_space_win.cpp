@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/path_text.h"
+
 namespace platform {
 namespace {
 
@@ -11,14 +13,14 @@ constexpr DWORD kVolumePathCapacity = MAX_PATH;
 
 bool QueryFreeDiskSpace(const std::filesystem::path& folder, std::uint64_t& freeBytes) {
   ULARGE_INTEGER available{};
-  if (!GetDiskFreeSpaceExW(folder.c_str(), &available, nullptr, nullptr)) return false;
+  if (!GetDiskFreeSpaceExW(SystemPath(folder).c_str(), &available, nullptr, nullptr)) return false;
   freeBytes = available.QuadPart;
   return true;
 }
 
 bool QueryVolumeName(const std::filesystem::path& folder, std::wstring& volumeName) {
   wchar_t buffer[kVolumePathCapacity] = {};
-  if (!GetVolumePathNameW(folder.c_str(), buffer, kVolumePathCapacity)) return false;
+  if (!GetVolumePathNameW(SystemPath(folder).c_str(), buffer, kVolumePathCapacity)) return false;
   volumeName = buffer;
   return !volumeName.empty();
 }

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/path_text.h"
+
 namespace platform {
 namespace {
 
@@ -11,7 +13,7 @@ std::uint64_t Combine(DWORD high, DWORD low) { return (static_cast<std::uint64_t
 
 bool ReadFileStamp(const std::wstring& path, SFileStamp& stamp) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return false;
+  if (!GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &data)) return false;
   if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
   stamp.size = Combine(data.nFileSizeHigh, data.nFileSizeLow);
   stamp.lastWriteTime =

@@ -2,13 +2,15 @@
 
 #include <windows.h>
 
+#include "platform/path_text.h"
+
 namespace platform {
 
 bool MoveWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to,
                           std::uint32_t& errorCode) {
   errorCode = 0;
   // Without MOVEFILE_REPLACE_EXISTING the move refuses an existing target.
-  if (MoveFileExW(from.c_str(), to.c_str(), 0)) return true;
+  if (MoveFileExW(SystemPath(from).c_str(), SystemPath(to).c_str(), 0)) return true;
   errorCode = GetLastError();
   return false;
 }

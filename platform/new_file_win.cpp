@@ -2,12 +2,15 @@
 
 #include <windows.h>
 
+#include "platform/path_text.h"
+
 namespace platform {
 
 bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
   errorCode = 0;
+  const std::filesystem::path systemPath = SystemPath(path);
   // CREATE_NEW fails on any existing name, a link or junction included.
-  const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE file = ::CreateFileW(systemPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
     errorCode = ::GetLastError();
     return false;
@@ -24,7 +27,7 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std
   }
   if (!::CloseHandle(file) && errorCode == 0) errorCode = ::GetLastError();
   if (errorCode == 0) return true;
-  ::DeleteFileW(path.c_str());
+  ::DeleteFileW(systemPath.c_str());
   return false;
 }
 

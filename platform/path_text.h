@@ -13,4 +13,12 @@ namespace platform {
 std::filesystem::path ToPath(std::wstring_view text);
 std::wstring FromPath(const std::filesystem::path& path);
 
+// The form of `path` that file calls hand to the OS. On Windows it is made
+// absolute and normalised as the OS itself would ("/" to "\", "." and ".."
+// resolved) and put in the "\\?\" form ("\\?\UNC\" for a network path), so
+// paths past 260 characters work; a path already in a "\\?\" or "\\.\" form
+// is kept. Elsewhere the path is returned as it is. Texts shown to people keep
+// the path as it was given.
+std::filesystem::path SystemPath(const std::filesystem::path& path);
+
 }  // namespace platform

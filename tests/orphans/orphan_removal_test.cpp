@@ -6,8 +6,11 @@
 
 #include "patch/orphan_scan.h"
 #include "patch/patcher_service.h"
+#include "patch/staged_promotion.h"
+#include "platform/file_time.h"
 #include "platform/path_text.h"
 #include "tests/orphans/orphan_test_support.h"
+#include "tests/support/sha256_of.h"
 #include "tests/support/temp_dir.h"
 #include "text/utf.h"
 
@@ -15,9 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace orphan_tests;
+using testing_support::Sha256Of;
 using testing_support::TempDir;
 
-// Also past the old 260-character path limit, which Windows needs \\?\ paths for.
+// Also past the old 260-character path limit, and one of them read-only.
 TEST(OrphanRemoval, RemovesListedFilesInAnySpellingAndCountsThem) {
   TempDir dir;
   std::string deep = "deep";
@@ -26,6 +30,7 @@ TEST(OrphanRemoval, RemovesListedFilesInAnySpellingAndCountsThem) {
                                          dir.Write("game/Old/Patch1.DAT", "123456"),
                                          dir.Write("game/Sub2/File.DAT", "xyz")};
   const fs::path kept = dir.Write("game/kept.dat", "listed");
+  fs::permissions(removed[2], fs::perms::owner_read);
 
   const patch::SOrphanRemoval removal = patch::RemoveOrphans(
       platform::FromPath(dir.path() / "game"),
@@ -59,13 +64,40 @@ TEST(OrphanRemoval, NeverTouchesAnUnsafeOrProtectedPath) {
     EXPECT_FALSE(patch::IsRemovableOrphanPath(path)) << text::WideToUtf8(path);
     EXPECT_EQ(patch::RemoveOrphans(game, {path}).failedFiles, 1u) << text::WideToUtf8(path);
   }
-  // A folder passes the text rules, yet removal deletes files only.
-  EXPECT_EQ(patch::RemoveOrphans(game, {L"sub"}).failedFiles, 1u);
+  // A folder passes the text rules, yet removal deletes files only; and a
+  // stream name reaches no file (on Windows the main stream is the file).
+  EXPECT_EQ(patch::RemoveOrphans(game, {L"sub", L"b.txt::$DATA"}).failedFiles, 2u);
   for (const fs::path& file : files) EXPECT_TRUE(fs::exists(file)) << file.string();
   // Dots inside a name are ordinary.
   for (const wchar_t* path : {L"Old\\Patch1.DAT", L"a..b/c.dat", L"..hidden/x.dat", L"x/...dat"}) {
     EXPECT_TRUE(patch::IsRemovableOrphanPath(path)) << text::WideToUtf8(path);
   }
+}
+
+// Windows needs its long-path form for each of these steps.
+TEST(OrphanRemoval, AFileFarPast260CharactersIsPromotedVerifiedScannedAndRemoved) {
+  TempDir dir;
+  std::wstring folders = L"deep";
+  while (folders.size() < 320) folders += L"/folder_of_a_deep_tree";
+  const std::wstring relative = folders + L"/Old.dat";
+  const fs::path staged = dir.Write("staged", "hello");
+  const fs::path target = dir.path() / "game" / platform::ToPath(relative);
+  std::wstring error;
+  ASSERT_TRUE(patch::PrepareStagedPromotion(staged, target, error) && patch::PromoteStagedFile(staged, target, error))
+      << text::WideToUtf8(error);
+
+  patch::CPatcherService service(CompiledLauncherConfig(), {platform::FromPath(dir.path() / "runtime"), L"",
+                                                            platform::FromPath(dir.path() / "game"), L""});
+  ASSERT_TRUE(service.InitializeState(error));
+  EXPECT_TRUE(service.VerifyEntryIntegrity(platform::FromPath(target), {relative, 5, Sha256Of("hello")}, error))
+      << text::WideToUtf8(error);
+
+  patch::SOrphanScan scan;
+  ASSERT_TRUE(service.ScanOrphans(ManifestOf({L"kept.dat"}), patch::kOrphanSampleLimit, scan, error));
+  ASSERT_EQ(scan.orphanSample, std::vector<std::wstring>{folders + L"/old.dat"});
+  EXPECT_EQ(service.RemoveOrphans(scan.orphanSample).removedFiles, 1u);
+  platform::SFileStamp stamp;
+  EXPECT_FALSE(platform::ReadFileStamp(platform::FromPath(target), stamp));
 }
 
 TEST(OrphanRemoval, TheServiceSparesTheRunningLauncherInTheGameFolder) {
