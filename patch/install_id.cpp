@@ -44,7 +44,7 @@ bool PlaceNewId(const fs::path& file, const std::wstring& fresh) {
   const fs::path temporary = platform::ToPath(platform::FromPath(file) + L"." + fresh + L".tmp");
   const std::string bytes(fresh.begin(), fresh.end());
   std::uint32_t code = 0;
-  if (!platform::WriteNewFile(temporary, bytes, code)) return false;
+  if (platform::WriteNewFile(temporary, bytes, code) != platform::ENewFileResult::Written) return false;
   if (!platform::MoveWithoutReplacing(temporary, file, code) && !IsInstallIdentity(ReadStoredId(file))) {
     platform::MoveReplacingFile(temporary, file, code);
   }

@@ -4,6 +4,8 @@
 #include <fstream>
 #include <limits>
 
+#include "platform/file_replace.h"
+#include "platform/new_file.h"
 #include "platform/path_text.h"
 #include "text/utf.h"
 
@@ -11,6 +13,7 @@ namespace patch {
 namespace {
 
 constexpr std::wstring_view kFieldSpace = L" \t\r\n";
+constexpr std::wstring_view kRewriteSuffix = L".tmp";
 
 }  // namespace
 
@@ -25,13 +28,24 @@ bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines) {
 
 EFileWriteResult RewriteFile(const std::wstring& file, std::string_view bytes) {
   const std::filesystem::path path = platform::ToPath(file);
-  std::error_code ignored;  // a folder that cannot be made shows up as the open failing
+  const std::filesystem::path temporary = platform::ToPath(file + std::wstring(kRewriteSuffix));
+  std::error_code ignored;  // a folder that cannot be made shows up as the create failing
   std::filesystem::create_directories(path.parent_path(), ignored);
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  if (!out) return EFileWriteResult::NotOpened;
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  out.close();
-  return out.fail() ? EFileWriteResult::WriteFailed : EFileWriteResult::Written;
+  // Left by a run killed before its move (or planted there): the bytes go only
+  // into a file this call creates.
+  std::filesystem::remove(temporary, ignored);
+  std::uint32_t code = 0;
+  switch (platform::WriteNewFile(temporary, bytes, code)) {
+    case platform::ENewFileResult::NotCreated:
+      return EFileWriteResult::NotOpened;
+    case platform::ENewFileResult::NotWritten:
+      return EFileWriteResult::WriteFailed;
+    case platform::ENewFileResult::Written:
+      break;
+  }
+  if (platform::MoveReplacingFile(temporary, path, code)) return EFileWriteResult::Written;
+  std::filesystem::remove(temporary, ignored);
+  return EFileWriteResult::WriteFailed;
 }
 
 std::wstring_view TrimField(std::wstring_view text) {

@@ -1,7 +1,7 @@
 #pragma once
 // Small line-based UTF-8 files of the runtime folder ("launcher.state",
 // "integrity.cache"): reading them line by line, parsing their fields and
-// rewriting them in place.
+// rewriting them whole.
 
 #include <cstdint>
 #include <string>
@@ -16,8 +16,11 @@ bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines);
 
 enum class EFileWriteResult { Written, NotOpened, WriteFailed };
 
-// Creates the parent folder if needed, then truncates and writes the file in
-// place (no temporary sibling).
+// Creates the parent folder if needed, writes the bytes into a new file beside
+// the old one (its name + ".tmp") and moves that over it, so a process killed
+// at any moment leaves the old file or the new one, never a truncated mix (the
+// state file holds the rollback floor). NotOpened: the new file could not be
+// created; WriteFailed: it could not be written or moved into place.
 EFileWriteResult RewriteFile(const std::wstring& file, std::string_view bytes);
 
 // Without leading and trailing space, tab, CR and LF.

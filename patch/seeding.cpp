@@ -33,7 +33,10 @@ bool WriteSeedFile(const fs::path& targetPath, const std::uint8_t* bytes, std::s
   // is written only into a file this call creates.
   RemoveQuietly(temporary);
   std::uint32_t errorCode = 0;
-  if (!platform::WriteNewFile(temporary, {reinterpret_cast<const char*>(bytes), count}, errorCode)) return false;
+  if (platform::WriteNewFile(temporary, {reinterpret_cast<const char*>(bytes), count}, errorCode) !=
+      platform::ENewFileResult::Written) {
+    return false;
+  }
   if (!platform::MoveWithoutReplacing(temporary, targetPath, errorCode)) {
     RemoveQuietly(temporary);
     return false;

@@ -8,9 +8,11 @@
 
 namespace platform {
 
+enum class ENewFileResult { Written, NotCreated, NotWritten };
+
 // Creates `path` exclusively (never following a link at the final name) and
 // writes `bytes` to it. On failure nothing is left behind that this call made,
 // and `errorCode` holds the OS error code.
-bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode);
+ENewFileResult WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode);
 
 }  // namespace platform

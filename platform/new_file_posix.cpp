@@ -7,12 +7,12 @@
 
 namespace platform {
 
-bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
+ENewFileResult WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
   errorCode = 0;
   const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
   if (fd < 0) {
     errorCode = static_cast<std::uint32_t>(errno);
-    return false;
+    return ENewFileResult::NotCreated;
   }
   while (!bytes.empty() && errorCode == 0) {
     const ssize_t written = ::write(fd, bytes.data(), bytes.size());
@@ -23,9 +23,9 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std
     }
   }
   if (::close(fd) != 0 && errorCode == 0) errorCode = static_cast<std::uint32_t>(errno);
-  if (errorCode == 0) return true;
+  if (errorCode == 0) return ENewFileResult::Written;
   ::unlink(path.c_str());
-  return false;
+  return ENewFileResult::NotWritten;
 }
 
 }  // namespace platform

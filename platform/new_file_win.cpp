@@ -6,14 +6,14 @@
 
 namespace platform {
 
-bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
+ENewFileResult WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std::uint32_t& errorCode) {
   errorCode = 0;
   const std::filesystem::path systemPath = SystemPath(path);
   // CREATE_NEW fails on any existing name, a link or junction included.
   const HANDLE file = ::CreateFileW(systemPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) {
     errorCode = ::GetLastError();
-    return false;
+    return ENewFileResult::NotCreated;
   }
   while (!bytes.empty()) {
     DWORD written = 0;
@@ -26,9 +26,9 @@ bool WriteNewFile(const std::filesystem::path& path, std::string_view bytes, std
     bytes.remove_prefix(written);
   }
   if (!::CloseHandle(file) && errorCode == 0) errorCode = ::GetLastError();
-  if (errorCode == 0) return true;
+  if (errorCode == 0) return ENewFileResult::Written;
   ::DeleteFileW(systemPath.c_str());
-  return false;
+  return ENewFileResult::NotWritten;
 }
 
 }  // namespace platform

@@ -79,9 +79,8 @@ class CApplyTest : public net_tests::CServerTest {
     return hostFolder_ + "/" + text::WideToUtf8(patch::BlobPathForHash(sha256));
   }
 
-  // Every report is kept in the result and also handed to `onReport`.
-  SApplyRun Apply(patch::CPatcherService& service, const std::vector<patch::SManifestEntry>& files, bool repair,
-                  const patch::CPatcherService::ProgressCallback& onReport = {}) {
+  // Every report is kept in the result.
+  SApplyRun Apply(patch::CPatcherService& service, const std::vector<patch::SManifestEntry>& files, bool repair) {
     patch::SManifest manifest;
     manifest.version = 1;
     manifest.channel = L"stable";
@@ -91,7 +90,6 @@ class CApplyTest : public net_tests::CServerTest {
     const auto progress = [&](const patch::SPatchProgress& report) {
       run.mostCallbacksAtOnce = std::max(run.mostCallbacksAtOnce, ++inside);
       run.reports.push_back(report);
-      if (onReport) onReport(report);
       --inside;
     };
     run.ok = service.ApplyEntries(net::CHttpClient(config_), manifest, repair, progress, run.outcome, run.error);

@@ -289,6 +289,169 @@ expect_installed_with_protected() {
   [ ! -s "$work/diff" ] || { cat "$work/diff" >&2; fail "release files changed"; }
 }
 
+# ---- killed many times ---------------------------------------------------------------------
+
+# A bigger game: a few hundred small and medium files in nested folders, every 25th holding the
+# bytes of one written before it. Release 1 has 330; release 2 rewrites seven in ten, removes one
+# in ten and adds 40. RANDOM is seeded, so one seed makes one game.
+make_large_release() {  # <release>
+  local i path size bytes=""
+  mkdir -p "$game"/assets/a{0..6}/b{0..2}
+  printf 'MZ fake game executable, release %s\n' "$1" >"$game/vardeni2.exe"
+  for i in $(seq 1 $(($1 == 1 ? 330 : 370))); do
+    path=$game/assets/a$((i % 7))/b$((i % 3))/item$i.pak
+    if (($1 == 2 && i <= 330)); then
+      case $((RANDOM % 10)) in
+        7) rm "$path" && continue ;;
+        8 | 9) continue ;;
+      esac
+    fi
+    if ((i % 25)); then
+      case $((RANDOM % 20)) in
+        0) size=$((RANDOM * 2 + 32768)) ;;    # 32-96 KiB
+        [1-6]) size=$((RANDOM / 2 + 4096)) ;;  # 4-20 KiB
+        *) size=$((RANDOM % 4096)) ;;
+      esac
+      printf -v bytes 'item %s of release %s\n%*s' "$i" "$1" "$size" ''
+    fi
+    printf '%s' "$bytes" >"$path"
+  done
+}
+
+# "<sha256>  <path>" of every file of a folder, the runtime folder aside.
+folder_digests() {  # <folder>
+  (cd "$1" && find . -path ./.runtime -prune -o -type f -printf '%P\0' | sort -z | xargs -0 sha256sum)
+}
+
+# A killed run may leave each file of the game as release 1 or release 2 had it, and no
+# other bytes; only a promotion temporary cut short may lie beside them.
+expect_old_or_new() {
+  folder_digests "$install" >"$work/now.sha"
+  local stray missing
+  stray=$(grep -vxF -f "$work/release1.sha" -f "$work/release2.sha" "$work/now.sha" |
+    grep -v '\.promote\.tmp$') || true
+  [ -z "$stray" ] || fail "after kill $kills ($landed), bytes of neither release: $stray"
+  missing=$(cut -c67- "$work/release1.sha" | grep -vxF -f <(cut -c67- "$work/now.sha")) || true
+  [ -z "$missing" ] || fail "after kill $kills ($landed), files of release 1 are gone: $missing"
+}
+
+# The state names a release (and so a rollback floor) that was really installed, and if it
+# says release 2 then all of release 2 is in place; every integrity record is whole and none
+# vouches for bytes its file does not hold at that size and time.
+expect_runtime_files_sound() {
+  local build floor
+  build=$(installed_build)
+  floor=$(sed -n 's/^seen_version_stable=//p' "$runtime/launcher.state")
+  [[ $build =~ ^[12]$ && $floor =~ ^[12]$ ]] ||
+    fail "after kill $kills ($landed), launcher.state lost its release: $(tr '\n' ' ' <"$runtime/launcher.state")"
+  if [ "$build" = 2 ] && grep -qvxF -f "$work/now.sha" "$work/release2.sha"; then
+    fail "after kill $kills ($landed), release 2 is recorded but not in place"
+  fi
+  # The record each file would get now: its key (the full path, lower-cased), size and time
+  # (100 ns units since 1601), and its digest.
+  local -A digest actual
+  local hash path size time fraction record key
+  while read -r hash path; do digest[$path]=$hash; done <"$work/now.sha"
+  while IFS='|' read -r path size time; do
+    fraction=${time#*.}
+    time=$((${time%.*} * 10000000 + 10#${fraction:0:7} + 116444736000000000))
+    actual["${install,,}/${path,,}|$size|$time"]=${digest[$path]}
+  done < <(cd "$install" && find . -path ./.runtime -prune -o -type f -printf '%P|%s|%T@\n')
+  [ -f "$runtime/integrity.cache" ] || fail "after kill $kills ($landed), integrity.cache is gone"
+  while IFS= read -r record; do
+    [[ $record =~ ^(.+\|[0-9]+\|-?[0-9]+)\|([0-9a-f]{64})$ ]] ||
+      fail "after kill $kills ($landed), integrity.cache holds: $record"
+    key=${BASH_REMATCH[1]}
+    [ -z "${actual[$key]:-}" ] || [ "${actual[$key]}" = "${BASH_REMATCH[2]}" ] ||
+      fail "after kill $kills ($landed), integrity.cache vouches for bytes that ${key%%|*} does not hold"
+  done <"$runtime/integrity.cache"
+}
+
+# Starts the patch to release 2 and kills it at a random moment within the first half of the
+# time a whole run takes, or, one run in six, as it first writes or renames the state
+# file or the integrity cache (or a temporary beside it). Leaves the exit status in $rc and
+# where the kill landed in $landed: the last progress the run had reported, or that step.
+run_patch_and_kill() {  # <length of a whole run in ms>
+  local -a runner=("${client_tool[@]}")
+  local delay_ms=$(((RANDOM * 32768 + RANDOM) % ($1 / 2))) aimed="" step="" pid
+  if ((RANDOM % 6 == 0)); then
+    local -a steps=(write,writev rename,renameat,renameat2) files=(launcher.state integrity.cache)
+    step=${steps[RANDOM % 2]}
+    aimed=$runtime/${files[RANDOM % 2]}
+    # LeakSanitizer cannot work under a tracer.
+    runner=(strace -f -qq -o /dev/null -P "$aimed" -P "$aimed.tmp" -e "trace=$step"
+      -e "inject=$step:signal=KILL:when=1" env "ASAN_OPTIONS=${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
+      "${runner[@]}")
+  fi
+  "${runner[@]}" patch --json --host "$host_url" --key-hex "$key_hex" --game "$install" \
+    >"$work/out" 2>"$work/err" &
+  pid=$!
+  if [ -z "$aimed" ]; then
+    sleep "$((delay_ms / 1000)).$(printf %03d $((delay_ms % 1000)))"
+    kill -KILL "$pid" 2>/dev/null || true
+  fi
+  rc=0 && wait "$pid" 2>/dev/null || rc=$?
+  if [ -n "$aimed" ]; then
+    landed="${step%%,*} of ${aimed##*/}"
+  else
+    landed=$(grep -o '"status":"[^"]*"' "$work/out" | tail -n 1 | cut -d'"' -f4)
+    landed=${landed:-fetching the list}
+  fi
+}
+
+# The patch to release 2 started again and again on release 1's folder and killed with
+# SIGKILL, each run going on from what the killed ones left. A run that finishes must leave
+# release 2, and the next round starts from release 1 again.
+case_killed_many_times() {
+  local seed=${VL_KILL_SEED:-14} wanted=50
+  echo "seed $seed (VL_KILL_SEED=<n> tries another)"
+  RANDOM=$seed
+  make_large_release 1
+  publish_release 1
+  expect_client 0 patch
+  folder_digests "$game" >"$work/release1.sha"
+  cp -a "$install" "$work/release1"
+  make_large_release 2
+  publish_release 2
+  folder_digests "$game" >"$work/release2.sha"
+
+  # A host slow enough that a run lasts a few seconds.
+  slow_host=$work/slow_host
+  local port
+  port=$(HTTPS_HOST_RATE=512k "$here/../support/https_host.sh" start "$slow_host" "$www" 600)
+  host_url=https://localhost:$port/
+  trap '"$here/../support/https_host.sh" stop "$slow_host"' EXIT
+  export SSL_CERT_FILE=$slow_host/ca.pem
+  local started=$EPOCHREALTIME whole_ms
+  expect_client 0 patch
+  whole_ms=$(((${EPOCHREALTIME/./} - ${started/./}) / 1000))
+  echo "one whole run: $whole_ms ms"
+
+  kills=0
+  local rounds=0 runs=0
+  local -A hits=()
+  while ((kills < wanted)); do
+    rounds=$((rounds + 1))
+    # Set aside rather than deleted: unlinking hundreds of files can take seconds on a busy disk.
+    mv "$install" "$work/round$rounds" && cp -a "$work/release1" "$install"
+    while runs=$((runs + 1)) && run_patch_and_kill "$whole_ms" && ((rc == 137)); do
+      kills=$((kills + 1))
+      hits[$landed]=$((${hits[$landed]:-0} + 1))
+      expect_old_or_new
+      expect_runtime_files_sound
+    done
+    ((rc == 0)) || fail "a run ended with $rc"
+    expect_in out '"event":"patch","ok":true'
+    expect_old_or_new
+    ! grep -vxF -f "$work/now.sha" "$work/release2.sha" >&2 || fail "round $rounds did not end with release 2"
+    [ "$(installed_build)" = 2 ] || fail "round $rounds did not record release 2"
+  done
+  expect_client 0 sync
+  expect_in out "Up to date"
+  echo "$kills kills in $rounds rounds of $runs runs, $SECONDS s in all; where they landed:"
+  for landed in "${!hits[@]}"; do echo "  $landed: ${hits[$landed]}"; done
+}
+
 key_hex=$(make_key)
 rc=0
 declare -F "case_$case_name" >/dev/null || { echo "unknown case $case_name" >&2; exit 2; }

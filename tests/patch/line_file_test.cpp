@@ -2,7 +2,29 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/path_text.h"
+#include "tests/support/temp_dir.h"
+
 namespace {
+
+namespace fs = std::filesystem;
+
+// The old file stays whole until the new one is complete; a temporary left by a killed
+// rewrite, even a link planted under its name, is replaced and never written through.
+TEST(LineFile, RewriteGoesThroughAFreshTemporary) {
+  testing_support::TempDir dir;
+  const fs::path outside = dir.Write("outside", "not ours");
+  const fs::path file = dir.Write("runtime/launcher.state", "old");
+  const fs::path temporary = dir.path() / "runtime" / "launcher.state.tmp";
+  std::error_code noLinks;  // Windows without the privilege: a plain leftover instead
+  fs::create_symlink(outside, temporary, noLinks);
+  if (noLinks) dir.Write("runtime/launcher.state.tmp", "left by a killed save");
+
+  EXPECT_EQ(patch::RewriteFile(platform::FromPath(file), "new"), patch::EFileWriteResult::Written);
+  EXPECT_EQ(testing_support::ReadFileBytes(file), "new");
+  EXPECT_EQ(testing_support::ReadFileBytes(outside), "not ours");
+  EXPECT_FALSE(fs::exists(fs::symlink_status(temporary)));
+}
 
 // Unsigned and signed decimals in one table: `ok` per parser, `value` where it accepts.
 TEST(LineFile, DecimalsAreDigitsOnlyWithin64Bits) {
