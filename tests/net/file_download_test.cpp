@@ -26,9 +26,10 @@ bool RangeRequested(const std::vector<std::string>& log, std::uint64_t offset) {
 class HttpDownload : public net_tests::CServerTest {
  protected:
   net::SDownloadResult Download(const std::wstring& url) {
-    return CHttpClient(config_).DownloadFile(url, target_, partial_, [this](std::uint64_t done, std::uint64_t total) {
-      reports_.emplace_back(done, total);
-    });
+    return CHttpClient(config_).DownloadFile(url, target_, partial_, net_tests::kRoomyCap,
+                                             [this](std::uint64_t done, std::uint64_t total) {
+                                               reports_.emplace_back(done, total);
+                                             });
   }
 
   void WritePartial(const std::string& bytes) { dir_.Write("staging/ab/blob.part", bytes); }
