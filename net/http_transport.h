@@ -51,8 +51,10 @@ enum class ETransferOutcome {
   ReadFailed,       // reading the body failed
 };
 
-// Performs one GET with the user agent and time-outs of `config`. On a failed
-// outcome `error` holds the system's text for the failure.
+// Performs one GET with the user agent and time-outs of `config`. A body
+// slower than the minimum rate of `config` (CBodyRateFloor) fails as a read
+// that timed out. On a failed outcome `error` holds the system's text for the
+// failure.
 ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest& request,
                                 CHttpResponseHandler& handler, std::wstring& error);
 

@@ -163,6 +163,18 @@ TEST_F(HttpDownload, CutOrStalledBodyResumesOnTheNextAttempt) {
   }
 }
 
+// 400 bytes a second for 10 s, never idle; what arrived is kept for resuming.
+TEST_F(HttpDownload, TrickleBelowTheMinimumRateTimesOutAsAnIdleBodyDoes) {
+  config_.httpAttempts = 1;
+  config_.receiveTimeoutMs = config_.minimumBodyRateWindowMs = 1000;
+  const std::string name = servers_.Publish("trickle", PatternBytes(4000, 13));
+  const auto trickled = Download(servers_.FaultUrl(name + "?chunk=100&trickle_ms=250"));
+  EXPECT_FALSE(trickled.ok);
+  EXPECT_LT(ReadFileBytes(partial_).size(), 4000u);
+  std::filesystem::remove(partial_);
+  EXPECT_EQ(trickled.error, Download(servers_.FaultUrl(name + "?stall_at=100&stall_ms=3000")).error);
+}
+
 // A folder standing where the partial or the target file goes.
 TEST_F(HttpDownload, BlockedFilesEndTheDownloadWithTheirSentence) {
   const std::string name = servers_.Publish("blocked", PatternBytes(1000, 12));

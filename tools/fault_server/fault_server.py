@@ -20,6 +20,7 @@ GET /<file>?<behaviour>&... serves the file; behaviours combine where they make 
                       request's Accept-Encoding names it (as a real server would)
   redirect=/other     answer 302 with Location: /other
   chunk=N             write the body in pieces of N bytes (default 65536)
+  trickle_ms=N        pause N ms before each piece
   endless=1           answer 200 with the file over and over, without Content-Length, until
                       the client hangs up; only a client that keeps no cap gets to the end,
                       after 64 MiB, which the file's log then shows as "ENDLESS BODY SENT WHOLE"
@@ -209,6 +210,7 @@ class FaultHandler(BaseHTTPRequestHandler):
         stall_at = self.offset_option(options, "stall_at", start)
         corrupt_at = self.offset_option(options, "corrupt_at", start)
         stall_seconds = int(options.get("stall_ms", 3000)) / 1000.0
+        trickle_seconds = int(options.get("trickle_ms", 0)) / 1000.0
         position = start
         while position < stop:
             piece_end = min(stop, position + chunk)
@@ -221,6 +223,9 @@ class FaultHandler(BaseHTTPRequestHandler):
             if position == stall_at:
                 self.wfile.flush()
                 time.sleep(stall_seconds)
+            if trickle_seconds:
+                self.wfile.flush()
+                time.sleep(trickle_seconds)
             piece = bytearray(data[position:piece_end])
             if corrupt_at is not None and position <= corrupt_at < piece_end:
                 piece[corrupt_at - position] ^= 0xFF
