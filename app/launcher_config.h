@@ -33,6 +33,11 @@ struct LauncherConfig {
   std::uint32_t resolveConnectTimeoutMs = 8000;
   std::uint32_t sendTimeoutMs = 8000;
   std::uint32_t receiveTimeoutMs = 15000;
+  // A response body that brings fewer bytes a second than this, averaged over
+  // a whole window, ends its attempt: a host that trickles a few bytes now and
+  // then is never idle long enough for the receive time-out.
+  std::uint32_t minimumBodyRate = 1024;
+  std::uint32_t minimumBodyRateWindowMs = 60000;
   int httpAttempts = 3;
 
   bool startGameAfterPatch = true;

@@ -1,13 +1,17 @@
 #include "app/page_resources.h"
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "patch/relative_path.h"
 #include "platform/path_text.h"
 #include "text/ascii_case.h"
+#include "text/locale_file.h"
 #include "text/utf.h"
+#include "ui/media_registry.h"
 
 namespace {
 
@@ -17,12 +21,14 @@ constexpr std::wstring_view kUiDocumentName = L"ui.json";
 constexpr std::wstring_view kHttpsPrefix = L"https://";
 // The media route serves only these, by extension.
 constexpr std::array<std::wstring_view, 5> kCoverExtensions{L".png", L".jpg", L".jpeg", L".webp", L".gif"};
+// A flag picture takes a few KiB.
+constexpr std::uint64_t kMaxFlagBytes = 1024 * 1024;
 
-// Downloads `url` to the cache folder joined with `relative`. A path that
-// could leave the folder is refused; a stale partial file is dropped first,
-// because it may be the start of another file.
-bool DownloadIntoCache(const net::CHttpClient& http, const std::wstring& url, const std::wstring& cacheFolder,
-                       const std::wstring& relative, fs::path& target) {
+// Downloads `url`, of at most `maxBytes`, to the cache folder joined with
+// `relative`. A path that could leave the folder is refused; a stale partial
+// file is dropped first, because it may be the start of another file.
+bool DownloadIntoCache(const net::CHttpClient& http, const std::wstring& url, std::uint64_t maxBytes,
+                       const std::wstring& cacheFolder, const std::wstring& relative, fs::path& target) {
   std::wstring normalised;
   if (!patch::ValidateRelativePath(relative, normalised) || normalised.find(L"..") != std::wstring::npos) {
     return false;
@@ -34,7 +40,7 @@ bool DownloadIntoCache(const net::CHttpClient& http, const std::wstring& url, co
   fs::create_directories(target.parent_path(), ignored);
   fs::remove(partial, ignored);
   try {
-    return http.DownloadFile(url, target, partial, {}).ok;
+    return http.DownloadFile(url, target, partial, maxBytes, {}).ok;
   } catch (const std::exception&) {
     return false;  // the folder or the file could not be made: keep what was there
   }
@@ -57,16 +63,19 @@ std::wstring CoverExtension(const std::wstring& address) {
 void RefreshPageFiles(const net::CHttpClient& http, const patch::CPatcherService& service,
                       text::EPatcherLanguage language, const std::wstring& cacheFolder) {
   const std::wstring code(text::LanguageCode(language));
-  const std::wstring files[] = {L"ui/locale/en.json", L"ui/locale/" + code + L".json", L"ui/flags/" + code + L".tga"};
+  const std::pair<std::wstring, std::uint64_t> files[] = {{L"ui/locale/en.json", text::kMaxLocaleFileBytes},
+                                                          {L"ui/locale/" + code + L".json", text::kMaxLocaleFileBytes},
+                                                          {L"ui/flags/" + code + L".tga", kMaxFlagBytes}};
   fs::path ignored;
-  for (const std::wstring& relative : files) {
-    DownloadIntoCache(http, service.BuildPatchUrl(relative, false), cacheFolder, relative, ignored);
+  for (const auto& [relative, maxBytes] : files) {
+    DownloadIntoCache(http, service.BuildPatchUrl(relative, false), maxBytes, cacheFolder, relative, ignored);
   }
 }
 
 bool FetchUiDocument(const net::CHttpClient& http, const patch::CPatcherService& service,
                      text::SLauncherUiDocument& document) {
-  const net::SHttpGetResult fetched = http.Get(service.BuildPatchUrl(std::wstring(kUiDocumentName), false));
+  const net::SHttpGetResult fetched =
+      http.Get(service.BuildPatchUrl(std::wstring(kUiDocumentName), false), text::kMaxUiDocumentBytes);
   if (!fetched.ok) return false;
   const std::string_view body(reinterpret_cast<const char*>(fetched.body.data()), fetched.body.size());
   text::SLauncherUiDocument read;
@@ -89,6 +98,9 @@ std::wstring DownloadCover(const net::CHttpClient& http, const patch::CPatcherSe
     return {};
   }
   fs::path target;
-  if (!DownloadIntoCache(http, url, cacheFolder, L"media/cover" + extension, target)) return {};
+  // A larger picture could not be served to the page.
+  if (!DownloadIntoCache(http, url, webview::kMaxMediaBytes, cacheFolder, L"media/cover" + extension, target)) {
+    return {};
+  }
   return platform::FromPath(target);
 }

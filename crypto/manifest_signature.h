@@ -11,6 +11,10 @@
 
 namespace crypto {
 
+// The most of a signature file that is read: 8 lines of 88 Base64 characters
+// need under 1 KiB; the rest is room for blank lines, blanks and CR.
+inline constexpr std::size_t kMaxSignatureFileBytes = 4096;
+
 // signatureText is the raw detached signature file: up to 8 non-empty LF lines
 // (space, tab and CR trimmed), each the strict Base64 of one 64-byte Ed25519
 // signature. True when some line verifies over exactly message[0..length)

@@ -22,17 +22,19 @@ constexpr std::size_t kBufferSize = 4 * 1024 * 1024;
 constexpr wchar_t kStatusErrorPrefix[] = L"HTTP file download failed with status ";
 constexpr wchar_t kOpenError[] = L"Could not open target file.";
 constexpr wchar_t kWriteError[] = L"Could not write target file.";
+constexpr wchar_t kTooLargeError[] = L"The download was larger than expected.";
 constexpr wchar_t kFinalizeErrorPrefix[] = L"Could not finalize downloaded file: ";
 
 // Why an attempt's handler turned the body down or stopped reading it.
-enum class EStopReason { None, RangeRefused, UntrustedPartial, BadStatus, OpenFailed, WriteFailed };
+enum class EStopReason { None, RangeRefused, UntrustedPartial, BadStatus, OpenFailed, WriteFailed, TooLarge };
 
 // One attempt: decides from the status where the body goes, then streams it
-// through one buffer into the partial file.
+// through one buffer into the partial file, never past the file's cap.
 class CDownloadAttempt final : public CHttpResponseHandler {
  public:
-  CDownloadAttempt(const std::filesystem::path& partial, std::uint64_t offset, const DownloadProgress& progress)
-      : partial_(partial), offset_(offset), progress_(progress) {}
+  CDownloadAttempt(const std::filesystem::path& partial, std::uint64_t offset, std::uint64_t maxBytes,
+                   const DownloadProgress& progress)
+      : partial_(partial), offset_(offset), maxBytes_(maxBytes), progress_(progress) {}
 
   bool OnResponse(const SHttpResponseFacts& facts) override {
     status_ = facts.status;
@@ -53,6 +55,8 @@ class CDownloadAttempt final : public CHttpResponseHandler {
     // A partial file that already holds everything cannot be told apart from
     // a stale one, so it is not trusted.
     if (appending && total_ && offset_ >= *total_) return Stop(EStopReason::UntrustedPartial);
+    // A partial file already past the cap is as wrong as a longer body.
+    if (offset_ > maxBytes_) return Stop(EStopReason::TooLarge);
 
     stream_.open(partial_, std::ios::binary | (appending ? std::ios::app : std::ios::trunc));
     if (!stream_.is_open()) return Stop(EStopReason::OpenFailed);
@@ -64,12 +68,15 @@ class CDownloadAttempt final : public CHttpResponseHandler {
     return true;
   }
 
+  // The cap is kept by counting what arrives, not by the Content-Length: that
+  // of a compressed body says nothing about the file.
   std::span<std::uint8_t> ReadBuffer(std::size_t available) override {
     if (!buffer_) return {};
-    return {buffer_.get(), std::min(available, kBufferSize)};
+    return {buffer_.get(), RoomWithinCap(std::min(available, kBufferSize), offset_, maxBytes_)};
   }
 
   bool OnBodyRead(std::size_t count) override {
+    if (count > maxBytes_ - offset_) return Stop(EStopReason::TooLarge);  // nothing of it is written
     // Hashed while still in the cache from the transport's copy.
     if (hash_) hash_->Feed(buffer_.get(), count);
     stream_.write(reinterpret_cast<const char*>(buffer_.get()), static_cast<std::streamsize>(count));
@@ -122,6 +129,7 @@ class CDownloadAttempt final : public CHttpResponseHandler {
 
   const std::filesystem::path& partial_;
   std::uint64_t offset_;
+  const std::uint64_t maxBytes_;
   const DownloadProgress& progress_;
   std::optional<std::uint64_t> total_;
   std::uint32_t status_ = 0;
@@ -167,7 +175,7 @@ bool Finalize(const std::filesystem::path& partial, const std::filesystem::path&
 }  // namespace
 
 SDownloadResult CHttpClient::DownloadFile(const std::wstring& url, const std::filesystem::path& target,
-                                          const std::filesystem::path& partial,
+                                          const std::filesystem::path& partial, std::uint64_t maxBytes,
                                           const DownloadProgress& progress) const {
   SDownloadResult result;
   for (int attempt = 0; attempt < config_.httpAttempts; ++attempt) {
@@ -179,7 +187,7 @@ SDownloadResult CHttpClient::DownloadFile(const std::wstring& url, const std::fi
     result.status = 0;
     if (!ParseHttpUrl(url, request.url, result.error)) continue;
 
-    CDownloadAttempt download(partial, request.rangeStart, progress);
+    CDownloadAttempt download(partial, request.rangeStart, maxBytes, progress);
     std::wstring systemError;
     const ETransferOutcome outcome = PerformHttpGet(config_, request, download, systemError);
     result.status = download.status();
@@ -202,6 +210,13 @@ SDownloadResult CHttpClient::DownloadFile(const std::wstring& url, const std::fi
         download.AbandonStream();
         result.error = kWriteError;
         continue;
+      case EStopReason::TooLarge:
+        // Another attempt would bring as much again.
+        download.AbandonStream();
+        RemoveFile(partial);
+        result.error = kTooLargeError;
+        result.tooLarge = true;
+        return result;
       case EStopReason::None:
         break;
     }

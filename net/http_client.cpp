@@ -9,10 +9,12 @@ constexpr wchar_t kSizeQueryError[] = L"Could not query response size.";
 constexpr wchar_t kReadError[] = L"Could not read response body.";
 constexpr wchar_t kStatusErrorPrefix[] = L"HTTP request failed with status ";
 
-// Grows the body by what the transport says is ready and keeps what was read.
+// Grows the body by what the transport says is ready, up to one byte past the
+// cap, and keeps what was read.
 class CMemoryBody final : public CHttpResponseHandler {
  public:
-  CMemoryBody(std::vector<std::uint8_t>& body, SHttpResponseFacts& facts) : body_(body), facts_(facts) {}
+  CMemoryBody(std::vector<std::uint8_t>& body, std::size_t maxBytes, SHttpResponseFacts& facts)
+      : body_(body), maxBytes_(maxBytes), facts_(facts) {}
 
   bool OnResponse(const SHttpResponseFacts& facts) override {
     facts_ = facts;
@@ -20,20 +22,22 @@ class CMemoryBody final : public CHttpResponseHandler {
   }
 
   std::span<std::uint8_t> ReadBuffer(std::size_t available) override {
-    body_.resize(kept_ + available);
-    return {body_.data() + kept_, available};
+    const std::size_t room = RoomWithinCap(available, kept_, maxBytes_);
+    body_.resize(kept_ + room);
+    return {body_.data() + kept_, room};
   }
 
   bool OnBodyRead(std::size_t count) override {
     kept_ += count;
     body_.resize(kept_);
-    return true;
+    return kept_ <= maxBytes_;
   }
 
   void DropUnread() { body_.resize(kept_); }
 
  private:
   std::vector<std::uint8_t>& body_;
+  const std::size_t maxBytes_;
   SHttpResponseFacts& facts_;
   std::size_t kept_ = 0;
 };
@@ -42,48 +46,49 @@ bool IsSuccessStatus(std::uint32_t status) { return status >= 200 && status <= 2
 
 }  // namespace
 
-bool CHttpClient::GetOnce(const std::wstring& url, std::vector<std::uint8_t>& body, SHttpResponseFacts& facts,
-                          std::wstring& error) const {
-  body.clear();
-  facts = {};
-  error.clear();
+bool CHttpClient::GetOnce(const std::wstring& url, std::size_t maxBytes, SHttpGetResult& result) const {
+  result = {};
   SHttpRequest request;
-  if (!ParseHttpUrl(url, request.url, error)) return false;
+  if (!ParseHttpUrl(url, request.url, result.error)) return false;
 
-  CMemoryBody sink(body, facts);
+  SHttpResponseFacts facts;
+  CMemoryBody sink(result.body, maxBytes, facts);
   std::wstring systemError;
   const ETransferOutcome outcome = PerformHttpGet(config_, request, sink, systemError);
   sink.DropUnread();
+  result.status = facts.status;
   switch (outcome) {
     case ETransferOutcome::Completed:
-    case ETransferOutcome::Stopped:
       return true;
+    case ETransferOutcome::Stopped:  // only a body past the cap stops the sink
+      // An error page is refused for its status, however long it was.
+      if (!IsSuccessStatus(result.status)) return true;
+      result.tooLarge = true;
+      result.error = kReadError;
+      break;
     case ETransferOutcome::RequestFailed:
-      error = systemError;
+      result.error = systemError;
       break;
     case ETransferOutcome::SizeQueryFailed:
-      error = kSizeQueryError;
+      result.error = kSizeQueryError;
       break;
     case ETransferOutcome::ReadFailed:
-      error = kReadError;
+      result.error = kReadError;
       break;
   }
-  body.clear();
+  result.body.clear();
   return false;
 }
 
-SHttpGetResult CHttpClient::Get(const std::wstring& url) const {
+SHttpGetResult CHttpClient::Get(const std::wstring& url, std::size_t maxBytes) const {
   SHttpGetResult result;
   for (int attempt = 0; attempt < config_.httpAttempts; ++attempt) {
-    SHttpResponseFacts facts;
-    if (!GetOnce(url, result.body, facts, result.error)) {
-      result.status = facts.status;
-      continue;
+    if (GetOnce(url, maxBytes, result)) {
+      result.ok = IsSuccessStatus(result.status);
+      if (!result.ok) result.error = kStatusErrorPrefix + std::to_wstring(result.status) + L".";
+      return result;
     }
-    result.status = facts.status;
-    result.ok = IsSuccessStatus(facts.status);
-    if (!result.ok) result.error = kStatusErrorPrefix + std::to_wstring(facts.status) + L".";
-    return result;
+    if (result.tooLarge) break;
   }
   return result;
 }

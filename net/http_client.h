@@ -20,6 +20,7 @@ struct SHttpGetResult {
   std::uint32_t status = 0; // 0 when no response was had
   std::vector<std::uint8_t> body;
   std::wstring error;       // empty on success
+  bool tooLarge = false;    // the body went past its cap and was not read further
 };
 
 struct SDownloadResult {
@@ -30,6 +31,7 @@ struct SDownloadResult {
   // empty with the sentence of the hash failure in digestError.
   std::wstring digest;
   std::wstring digestError;
+  bool tooLarge = false;  // the file went past its cap; its partial file is gone
 };
 
 // (bytes received so far, counting a resumed part; total expected bytes, or
@@ -42,25 +44,30 @@ class CHttpClient {
   // must outlive the client.
   explicit CHttpClient(const LauncherConfig& config) : config_(config) {}
 
-  // One attempt: true when a response arrived and its whole body was read,
-  // whatever its status.
-  bool GetOnce(const std::wstring& url, std::vector<std::uint8_t>& body, SHttpResponseFacts& facts,
-               std::wstring& error) const;
+  // One attempt into `result` (all but ok): true when a response arrived and
+  // its whole body, of at most `maxBytes`, was read, whatever its status. A
+  // longer body is read up to its first byte past the cap; with a status of
+  // 200..299 it then fails as a read does, with tooLarge set.
+  bool GetOnce(const std::wstring& url, std::size_t maxBytes, SHttpGetResult& result) const;
 
   // Up to the configured number of attempts, repeated only while no response
   // is had; a status outside 200..299 fails with
-  // "HTTP request failed with status N.".
-  SHttpGetResult Get(const std::wstring& url) const;
+  // "HTTP request failed with status N.". A body past `maxBytes` is not tried
+  // again: it would be as long the next time.
+  SHttpGetResult Get(const std::wstring& url, std::size_t maxBytes) const;
 
   // Downloads into `partial`, resuming from its current length with a range
   // request, then moves it onto `target` (replacing a read-only file too).
   // The bytes are hashed as they are written; only a file resumed from an
-  // earlier part is read back to hash it.
+  // earlier part is read back to hash it. A file that would pass `maxBytes`,
+  // counting a resumed part, stops before the first byte past it: the partial
+  // file is removed and the download fails at once with tooLarge set.
   // Throws std::filesystem::filesystem_error when the parent folders cannot
   // be created and std::ios_base::failure when the finished partial file
   // cannot be closed.
   SDownloadResult DownloadFile(const std::wstring& url, const std::filesystem::path& target,
-                               const std::filesystem::path& partial, const DownloadProgress& progress) const;
+                               const std::filesystem::path& partial, std::uint64_t maxBytes,
+                               const DownloadProgress& progress) const;
 
  private:
   const LauncherConfig& config_;

@@ -37,4 +37,9 @@ std::optional<std::uint64_t> ParseContentRangeTotal(std::wstring_view contentRan
   return ParseLeadingDigits(contentRange.substr(slash + 1), digits);
 }
 
+std::size_t RoomWithinCap(std::size_t wanted, std::uint64_t used, std::uint64_t cap) {
+  const std::uint64_t left = cap - used;
+  return left < wanted ? static_cast<std::size_t>(left) + 1 : wanted;
+}
+
 }  // namespace net

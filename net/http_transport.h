@@ -33,7 +33,8 @@ class CHttpResponseHandler {
  public:
   // False: the body is not wanted; the request is closed at once.
   virtual bool OnResponse(const SHttpResponseFacts& facts) = 0;
-  // Room for the next read, given how many bytes are ready; never empty.
+  // Room for the next read, given how many bytes are ready; never empty. No
+  // read takes more than the room, so the room bounds what is read.
   virtual std::span<std::uint8_t> ReadBuffer(std::size_t available) = 0;
   // `count` (above 0) bytes arrived in the room last handed out. False stops the transfer.
   virtual bool OnBodyRead(std::size_t count) = 0;
@@ -50,8 +51,10 @@ enum class ETransferOutcome {
   ReadFailed,       // reading the body failed
 };
 
-// Performs one GET with the user agent and time-outs of `config`. On a failed
-// outcome `error` holds the system's text for the failure.
+// Performs one GET with the user agent and time-outs of `config`. A body
+// slower than the minimum rate of `config` (CBodyRateFloor) fails as a read
+// that timed out. On a failed outcome `error` holds the system's text for the
+// failure.
 ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest& request,
                                 CHttpResponseHandler& handler, std::wstring& error);
 
@@ -61,5 +64,10 @@ std::optional<std::uint64_t> ParseContentLength(std::wstring_view contentLength)
 // The total from a Content-Range value: the digits right after the first "/"
 // ("bytes 0-9/10" -> 10). No "/", no digits there ("*") or an overflow: no total.
 std::optional<std::uint64_t> ParseContentRangeTotal(std::wstring_view contentRange);
+
+// The room a handler with `used` of its `cap` bytes taken hands out for a read
+// of `wanted`: at most one byte past the cap, the byte that tells a longer
+// body. `used` must not be past the cap.
+std::size_t RoomWithinCap(std::size_t wanted, std::uint64_t used, std::uint64_t cap);
 
 }  // namespace net

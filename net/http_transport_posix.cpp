@@ -4,6 +4,8 @@
 // - the receive time-out is an idle limit: the request fails once no body
 //   byte has arrived for that long (checked from the progress callback, which
 //   libcurl calls at least once a second);
+// - the minimum body rate (CBodyRateFloor, from the response on) is checked
+//   there too, as WinHTTP's read loop checks it;
 // - the send time-out has no libcurl counterpart; a GET sends only its
 //   headers, and a stall there runs into the idle limit as well;
 // - gzip and deflate bodies are decoded; HTTP/2 is used where TLS offers it;
@@ -22,10 +24,12 @@
 #include <cstring>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
 
+#include "net/body_rate_floor.h"
 #include "net/http_transport.h"
 #include "text/utf.h"
 
@@ -127,15 +131,19 @@ std::string ComposeUrl(const SHttpUrl& url) {
 // State shared with libcurl's callbacks during one perform.
 class CCurlTransfer {
  public:
-  CCurlTransfer(CURL* curl, CHttpResponseHandler& handler, std::chrono::milliseconds idleLimit)
-      : curl_(curl), handler_(handler), idleLimit_(idleLimit), lastActivity_(Clock::now()) {}
+  CCurlTransfer(CURL* curl, CHttpResponseHandler& handler, const LauncherConfig& config)
+      : curl_(curl),
+        handler_(handler),
+        config_(config),
+        idleLimit_(config.receiveTimeoutMs),
+        lastActivity_(Clock::now()) {}
 
   static std::size_t OnWrite(char* data, std::size_t size, std::size_t count, void* self) {
     return static_cast<CCurlTransfer*>(self)->Write(data, size * count);
   }
 
   static int OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t) {
-    return static_cast<CCurlTransfer*>(self)->IdleTooLong(received) ? 1 : 0;
+    return static_cast<CCurlTransfer*>(self)->TimedOut(received) ? 1 : 0;
   }
 
   ETransferOutcome Finish(CURLcode result, const char* detail, std::wstring& error) {
@@ -143,7 +151,7 @@ class CCurlTransfer {
     if (!stopped_ && !HandOver()) stopped_ = true;
     if (stopped_) return ETransferOutcome::Stopped;
     if (result == CURLE_OK) return DeliverResponse() ? ETransferOutcome::Completed : ETransferOutcome::Stopped;
-    if (idleExpired_) {
+    if (timedOut_) {
       error = text::Utf8ToWide(curl_easy_strerror(CURLE_OPERATION_TIMEDOUT));
     } else {
       error = text::Utf8ToWide(detail[0] != '\0' ? detail : curl_easy_strerror(result));
@@ -154,6 +162,7 @@ class CCurlTransfer {
  private:
   std::size_t Write(const char* data, std::size_t size) {
     if (!DeliverResponse()) return Stop();
+    bodyBytes_ += size;
     for (std::size_t done = 0; done < size;) {
       if (room_.empty()) room_ = handler_.ReadBuffer(kGatherSize);
       const std::size_t count = std::min(room_.size() - gathered_, size - done);
@@ -182,31 +191,36 @@ class CCurlTransfer {
     if (!responseDelivered_) {
       responseDelivered_ = true;
       bodyWanted_ = handler_.OnResponse(QueryFacts(curl_));
+      rateFloor_.emplace(config_);
     }
     return bodyWanted_;
   }
 
-  bool IdleTooLong(curl_off_t received) {
+  // Idle for longer than the receive time-out, or a body below the minimum rate.
+  bool TimedOut(curl_off_t received) {
     const auto now = Clock::now();
     if (received != lastReceived_) {
       lastReceived_ = received;
       lastActivity_ = now;
     }
-    idleExpired_ = now - lastActivity_ > idleLimit_;
-    return idleExpired_;
+    timedOut_ = now - lastActivity_ > idleLimit_ || (rateFloor_ && rateFloor_->Missed(bodyBytes_, now));
+    return timedOut_;
   }
 
   CURL* curl_;
   CHttpResponseHandler& handler_;
+  const LauncherConfig& config_;
   std::span<std::uint8_t> room_;
   std::size_t gathered_ = 0;
   const std::chrono::milliseconds idleLimit_;
   Clock::time_point lastActivity_;
   curl_off_t lastReceived_ = 0;
+  std::optional<CBodyRateFloor> rateFloor_;  // from the response on
+  std::uint64_t bodyBytes_ = 0;
   bool responseDelivered_ = false;
   bool bodyWanted_ = false;
   bool stopped_ = false;
-  bool idleExpired_ = false;
+  bool timedOut_ = false;
 };
 
 }  // namespace
@@ -227,7 +241,7 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
   const std::string url = ComposeUrl(request.url);
   const std::string userAgent = text::WideToUtf8(config.userAgent);
   char detail[CURL_ERROR_SIZE] = {};
-  CCurlTransfer transfer(curl, handler, std::chrono::milliseconds(config.receiveTimeoutMs));
+  CCurlTransfer transfer(curl, handler, config);
 
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");

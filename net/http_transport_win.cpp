@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <winhttp.h>
 
+#include "net/body_rate_floor.h"
 #include "net/http_transport.h"
 #include "net/system_error_text.h"
 
@@ -78,9 +79,12 @@ SHttpResponseFacts QueryFacts(HINTERNET request) {
 
 // Reads until WinHTTP reports the end. Some WinHTTP builds (Wine's among them)
 // report a connection closed early as a normal end, so a plain body that stops
-// short of its Content-Length counts as a broken connection here.
-ETransferOutcome ReadBody(HINTERNET request, std::optional<std::uint64_t> plainLength, CHttpResponseHandler& handler,
-                          std::wstring& error) {
+// short of its Content-Length counts as a broken connection here. A body below
+// the minimum rate times out as an idle one would; the receive time-out only
+// sees a single read.
+ETransferOutcome ReadBody(HINTERNET request, std::optional<std::uint64_t> plainLength, const LauncherConfig& config,
+                          CHttpResponseHandler& handler, std::wstring& error) {
+  CBodyRateFloor rateFloor(config);
   std::uint64_t received = 0;
   for (;;) {
     DWORD available = 0;
@@ -94,6 +98,10 @@ ETransferOutcome ReadBody(HINTERNET request, std::optional<std::uint64_t> plainL
     if (read == 0) break;
     received += read;
     if (!handler.OnBodyRead(read)) return ETransferOutcome::Stopped;
+    if (rateFloor.Missed(received, CBodyRateFloor::Clock::now())) {
+      error = SystemErrorText(ERROR_WINHTTP_TIMEOUT);
+      return ETransferOutcome::ReadFailed;
+    }
   }
   if (plainLength && received < *plainLength) {
     error = SystemErrorText(ERROR_WINHTTP_CONNECTION_ERROR);
@@ -132,7 +140,7 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
   if (!handler.OnResponse(facts)) return ETransferOutcome::Stopped;
   // A decoded body is longer than the Content-Length of its encoded form.
   const bool encoded = QueryHeaderText(http.get(), WINHTTP_QUERY_CONTENT_ENCODING).has_value();
-  return ReadBody(http.get(), encoded ? std::nullopt : facts.contentLength, handler, error);
+  return ReadBody(http.get(), encoded ? std::nullopt : facts.contentLength, config, handler, error);
 }
 
 }  // namespace net

@@ -224,13 +224,15 @@ class CFetchRun {
     std::uint64_t counted = 0;
     const net::SDownloadResult download =
         http_.DownloadFile(service_.BuildPatchUrl(BlobPathForHash(item.sha256), false), staged,
-                           PartialBlobPath(stagingRoot_, item.sha256), [&](std::uint64_t received, std::uint64_t) {
+                           PartialBlobPath(stagingRoot_, item.sha256), item.size,
+                           [&](std::uint64_t received, std::uint64_t) {
                              // A transfer that starts over counts its bytes again.
                              if (received > counted) progress_.AddBytes(received - counted);
                              counted = received;
                              progress_.ReportFetch(kPhaseDownloading, kDownloadingStatus);
                            });
-    if (!download.ok) {
+    // More bytes than the signed size go on as a mismatch (no digest).
+    if (!download.ok && !download.tooLarge) {
       const bool missing = IsMissingOnHost(download.status);
       reason = missing ? std::wstring(kIncompleteReason) : download.error;
       firstReport = service_.RecordBlobFailure(item.sha256, missing);

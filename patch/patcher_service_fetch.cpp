@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "crypto/manifest_signature.h"
 #include "crypto/sha256.h"
 #include "net/http_client.h"
 #include "patch/channel_pointer.h"
@@ -44,7 +45,8 @@ bool CPatcherService::FetchManifest(const net::CHttpClient& http, SManifest& man
   std::wstring channel = GetStateSnapshot().channel;
   if (channel.empty()) channel = kStableChannel;
 
-  const net::SHttpGetResult pointer = http.Get(BuildPatchUrl(ChannelPointerFileName(channel), true));
+  const net::SHttpGetResult pointer =
+      http.Get(BuildPatchUrl(ChannelPointerFileName(channel), true), kMaxChannelPointerBytes);
   if (!pointer.ok) {
     errorText = L"Could not read the channel pointer.";
     return false;
@@ -55,9 +57,16 @@ bool CPatcherService::FetchManifest(const net::CHttpClient& http, SManifest& man
     return false;
   }
 
-  const net::SHttpGetResult list = http.Get(BuildPatchUrl(ManifestFileName(release), false));
+  const net::SHttpGetResult list = http.Get(BuildPatchUrl(ManifestFileName(release), false), kMaxManifestBytes);
+  if (list.tooLarge) {
+    // Read only up to its first byte past the limit, the list cannot be held
+    // against its signature: its size alone refuses it.
+    errorText = ManifestVerdictText(EManifestVerdict::TooLarge);
+    return false;
+  }
   const net::SHttpGetResult signature =
-      list.ok ? http.Get(BuildPatchUrl(SignatureFileName(release), false)) : net::SHttpGetResult{};
+      list.ok ? http.Get(BuildPatchUrl(SignatureFileName(release), false), crypto::kMaxSignatureFileBytes)
+              : net::SHttpGetResult{};
   if (!list.ok || !signature.ok) {
     errorText = L"The update list is not available yet.";
     return false;

@@ -30,15 +30,17 @@ bool CreateFolder(const std::filesystem::path& folder, std::wstring& errorText) 
   return false;
 }
 
-// Downloads onto `staged`; `digest` is then the SHA-256 of what arrived.
+// Downloads onto `staged`, no larger than `size`; `digest` is then the SHA-256
+// of what arrived, or empty when more than `size` bytes did.
 bool DownloadBlob(const net::CHttpClient& http, const std::wstring& url, const std::filesystem::path& staged,
-                  const std::filesystem::path& partial, std::wstring& digest, std::wstring& errorText) {
+                  const std::filesystem::path& partial, std::uint64_t size, std::wstring& digest,
+                  std::wstring& errorText) {
   if (!CreateFolder(staged.parent_path(), errorText)) return false;
   try {
-    const net::SDownloadResult result = http.DownloadFile(url, staged, partial, {});
+    const net::SDownloadResult result = http.DownloadFile(url, staged, partial, size, {});
     digest = result.digest;
     errorText = result.ok ? result.digestError : result.error;
-    return result.ok && result.digestError.empty();
+    return (result.ok || result.tooLarge) && result.digestError.empty();
   } catch (const std::exception& failure) {
     // Closing the finished partial file failed: the disk refused the last bytes.
     const std::string what = failure.what();
@@ -111,7 +113,7 @@ bool CPatcherService::StageAndLaunchUpdate(const net::CHttpClient& http, const S
   const std::filesystem::path staged = StagedBlobPath(stagingRoot, manifest.launcherSha256);
   std::wstring digest;
   if (!DownloadBlob(http, BuildPatchUrl(blobPath, false), staged, PartialBlobPath(stagingRoot, manifest.launcherSha256),
-                    digest, errorText)) {
+                    manifest.launcherSize, digest, errorText)) {
     return false;
   }
   if (digest != manifest.launcherSha256) {

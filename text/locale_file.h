@@ -2,6 +2,7 @@
 // Locale files: one flat JSON object of key -> display text, read by a small
 // reader of its own that works on the UTF-8 bytes (not the general JSON parser).
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -10,6 +11,9 @@
 namespace text {
 
 using StringTable = std::unordered_map<std::wstring, std::wstring>;
+
+// The largest locale file taken from the patch host.
+inline constexpr std::size_t kMaxLocaleFileBytes = 1024 * 1024;
 
 // Reads `{ "key": "text", ... }`. Every value must be a string; anything else
 // rejects the whole text. Bytes after the closing brace are not examined. Each

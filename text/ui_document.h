@@ -12,6 +12,9 @@
 
 namespace text {
 
+// The largest document that is read, from the patch host or by the publisher.
+inline constexpr std::size_t kMaxUiDocumentBytes = 1024 * 1024;
+
 enum class EUiEventMode : std::int32_t { Global = 0, Personal = 1, Both = 2 };
 
 struct SUiPatchNote {

@@ -52,7 +52,6 @@ constexpr SMediaType kMediaTypes[] = {
     {L".png", kPngHeaders}, {L".jpg", kJpegHeaders}, {L".jpeg", kJpegHeaders},
     {L".webp", kWebpHeaders}, {L".gif", kGifHeaders},
 };
-constexpr std::uintmax_t kMaxMediaBytes = 8 * 1024 * 1024;
 
 // "/icons/<id>_active.png" is resource 1000 + 2 id, "_incoming.png" the one
 // after it; 0 when the path is no known icon. The id is one or two digits

@@ -5,11 +5,15 @@
 // writes it from a worker thread while the asset handler reads it on the UI
 // thread.
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace webview {
+
+// The largest file served.
+inline constexpr std::uintmax_t kMaxMediaBytes = 8 * 1024 * 1024;
 
 // The page path the cover picture is served at.
 inline constexpr std::wstring_view kCoverMediaPath = L"/media/cover";

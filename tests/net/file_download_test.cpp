@@ -26,9 +26,10 @@ bool RangeRequested(const std::vector<std::string>& log, std::uint64_t offset) {
 class HttpDownload : public net_tests::CServerTest {
  protected:
   net::SDownloadResult Download(const std::wstring& url) {
-    return CHttpClient(config_).DownloadFile(url, target_, partial_, [this](std::uint64_t done, std::uint64_t total) {
-      reports_.emplace_back(done, total);
-    });
+    return CHttpClient(config_).DownloadFile(url, target_, partial_, net_tests::kRoomyCap,
+                                             [this](std::uint64_t done, std::uint64_t total) {
+                                               reports_.emplace_back(done, total);
+                                             });
   }
 
   void WritePartial(const std::string& bytes) { dir_.Write("staging/ab/blob.part", bytes); }
@@ -160,6 +161,18 @@ TEST_F(HttpDownload, CutOrStalledBodyResumesOnTheNextAttempt) {
     ASSERT_EQ(log.size(), 2u);
     EXPECT_TRUE(RangeRequested({log[1]}, c.offset));
   }
+}
+
+// 400 bytes a second for 10 s, never idle; what arrived is kept for resuming.
+TEST_F(HttpDownload, TrickleBelowTheMinimumRateTimesOutAsAnIdleBodyDoes) {
+  config_.httpAttempts = 1;
+  config_.receiveTimeoutMs = config_.minimumBodyRateWindowMs = 1000;
+  const std::string name = servers_.Publish("trickle", PatternBytes(4000, 13));
+  const auto trickled = Download(servers_.FaultUrl(name + "?chunk=100&trickle_ms=250"));
+  EXPECT_FALSE(trickled.ok);
+  EXPECT_LT(ReadFileBytes(partial_).size(), 4000u);
+  std::filesystem::remove(partial_);
+  EXPECT_EQ(trickled.error, Download(servers_.FaultUrl(name + "?stall_at=100&stall_ms=3000")).error);
 }
 
 // A folder standing where the partial or the target file goes.

@@ -11,7 +11,7 @@ class HttpGetCurl : public net_tests::CServerTest {};
 // request must fail certificate verification.
 TEST_F(HttpGetCurl, UsesHttp2AndTrustsOnlyTheConfiguredCa) {
   const std::string name = servers_.Publish("h2", "two");
-  EXPECT_TRUE(net::CHttpClient(config_).Get(servers_.HttpsUrl(name)).ok);
+  EXPECT_TRUE(net::CHttpClient(config_).Get(servers_.HttpsUrl(name), net_tests::kRoomyCap).ok);
   const auto log = HttpsLog(name);
   ASSERT_EQ(log.size(), 1u);
   EXPECT_NE(log[0].find("HTTP/2.0"), std::string::npos) << log[0];
@@ -19,7 +19,7 @@ TEST_F(HttpGetCurl, UsesHttp2AndTrustsOnlyTheConfiguredCa) {
   const std::string saved = getenv("SSL_CERT_FILE") ? getenv("SSL_CERT_FILE") : "";
   setenv("SSL_CERT_FILE", "/nonexistent-test-ca.pem", 1);
   config_.httpAttempts = 1;
-  const auto refused = net::CHttpClient(config_).Get(servers_.HttpsUrl(name));
+  const auto refused = net::CHttpClient(config_).Get(servers_.HttpsUrl(name), net_tests::kRoomyCap);
   setenv("SSL_CERT_FILE", saved.c_str(), 1);
   EXPECT_FALSE(refused.ok);
   EXPECT_EQ(refused.status, 0u);

@@ -9,6 +9,7 @@ namespace {
 
 using net::CHttpClient;
 using net_tests::AsString;
+using net_tests::kRoomyCap;
 using testing_support::PatternBytes;
 
 class HttpGet : public net_tests::CServerTest {};
@@ -17,7 +18,7 @@ TEST_F(HttpGet, ReadsBodyOverHttpsWithConfiguredUserAgent) {
   const std::string bytes = PatternBytes(300000);
   const std::string name = servers_.Publish("get", bytes);
 
-  const auto result = CHttpClient(config_).Get(servers_.HttpsUrl(name));
+  const auto result = CHttpClient(config_).Get(servers_.HttpsUrl(name), kRoomyCap);
 
   EXPECT_TRUE(result.ok);
   EXPECT_EQ(result.status, 200u);
@@ -31,7 +32,7 @@ TEST_F(HttpGet, ReadsBodyOverHttpsWithConfiguredUserAgent) {
 TEST_F(HttpGet, AnsweredErrorStatusIsNotRetried) {
   for (const int status : {404, 503, 416}) {
     const std::string name = servers_.Publish("status", "x");
-    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?status=" + std::to_string(status)));
+    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?status=" + std::to_string(status)), kRoomyCap);
 
     EXPECT_FALSE(result.ok);
     EXPECT_EQ(result.status, static_cast<std::uint32_t>(status));
@@ -45,7 +46,7 @@ TEST_F(HttpGet, FailedRequestIsRetriedUpToTheAttemptCount) {
     config_.httpAttempts = attempts;
     const std::string name = servers_.Publish("cut", PatternBytes(200000));
 
-    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?cut_at=70000"));
+    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?cut_at=70000"), kRoomyCap);
 
     EXPECT_FALSE(result.ok);
     EXPECT_TRUE(result.body.empty());
@@ -61,7 +62,7 @@ TEST_F(HttpGet, FailedRequestIsRetriedUpToTheAttemptCount) {
 
 // Nothing listens on port 1 of the loopback address.
 TEST_F(HttpGet, UnreachableServerFailsWithSystemText) {
-  const auto result = CHttpClient(config_).Get(L"http://127.0.0.1:1/file");
+  const auto result = CHttpClient(config_).Get(L"http://127.0.0.1:1/file", kRoomyCap);
   EXPECT_FALSE(result.ok);
   EXPECT_EQ(result.status, 0u);
   EXPECT_FALSE(result.error.empty());
@@ -72,7 +73,7 @@ TEST_F(HttpGet, CompressedBodiesAreDecoded) {
   const std::string bytes = PatternBytes(100000);
   const std::string name = servers_.Publish("coded", bytes);
   for (const char* coding : {"gzip", "deflate"}) {
-    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?encoding=" + coding));
+    const auto result = CHttpClient(config_).Get(servers_.FaultUrl(name + "?encoding=" + coding), kRoomyCap);
 
     EXPECT_TRUE(result.ok) << coding;
     EXPECT_TRUE(AsString(result.body) == bytes) << coding;
@@ -86,7 +87,8 @@ TEST_F(HttpGet, CompressedBodiesAreDecoded) {
 
 TEST_F(HttpGet, FollowsRedirect) {
   const std::string name = servers_.Publish("moved", "moved here");
-  const auto result = CHttpClient(config_).Get(servers_.FaultUrl(servers_.Publish("hop", "") + "?redirect=/" + name));
+  const std::wstring hop = servers_.FaultUrl(servers_.Publish("hop", "") + "?redirect=/" + name);
+  const auto result = CHttpClient(config_).Get(hop, kRoomyCap);
   EXPECT_EQ(result.status, 200u);
   EXPECT_EQ(AsString(result.body), "moved here");
 }

@@ -15,6 +15,9 @@
 
 namespace net_tests {
 
+// More than any body these tests read.
+inline constexpr std::size_t kRoomyCap = 64 * 1024 * 1024;
+
 inline std::string AsString(const std::vector<std::uint8_t>& bytes) { return std::string(bytes.begin(), bytes.end()); }
 
 inline std::vector<std::string> LinesContaining(const std::string& text, const std::string& wanted) {
@@ -36,7 +39,7 @@ class CServerTest : public ::testing::Test {
   // Requests the fault server saw for /<name>, one line each (see tools/fault_server).
   std::vector<std::string> FaultLog(const std::string& name) const {
     // A client of its own, so the log is read however the test configured config_.
-    const auto log = net::CHttpClient(LauncherConfig{}).Get(servers_.FaultUrl("__log/" + name));
+    const auto log = net::CHttpClient(LauncherConfig{}).Get(servers_.FaultUrl("__log/" + name), kRoomyCap);
     EXPECT_TRUE(log.ok) << "reading the fault server's log: " << testing::PrintToString(log.error);
     return LinesContaining(AsString(log.body), "GET /" + name);
   }

@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <regex>
+#include <tuple>
 
+#include "app/page_resources.h"
+#include "patch/channel_pointer.h"
 #include "patch/patcher_service.h"
 #include "tests/sync/sync_test_support.h"
 #include "text/utf.h"
@@ -70,6 +74,11 @@ TEST_F(FetchManifestTest, RefusalsNameTheirCause) {
          RemovePublishedFile("patchlist.v42.sig");
        },
        L"The update list is not available yet."},
+      // Read up to its cap, blanks and all; one byte more is not read.
+      {[&] { PublishFile("pointer.txt", std::string(patch::kMaxChannelPointerBytes - 1, ' ') + "7"); },
+       L"The update list is not available yet."},
+      {[&] { PublishFile("pointer.txt", std::string(patch::kMaxChannelPointerBytes, ' ') + "7"); },
+       L"Could not read the channel pointer."},
       {[&] {
          SRelease release;
          release.channel = "beta";  // the install follows stable
@@ -120,6 +129,42 @@ TEST_F(FetchManifestTest, APointerSelectsItsListOnlyExactlyBetaReadsTheBetaPoint
   EXPECT_EQ(HostRequests("pointer-beta.txt").size(), 1u);
   service_->MutateState([](patch::SPatchState& state) { state.seenVersionBeta = 5; });
   EXPECT_TRUE(Fetch(error)) << testing::PrintToString(error);
+}
+
+// The fault server as the host, one file after another endless ("<file>.fault"): each read
+// stops at its cap, long before the body's end, and fails as it fails, leaving no partial file.
+TEST_F(FetchManifestTest, AnEndlessBodyEndsEachKindOfReadWithItsOwnFailure) {
+  config_.patchHost = servers_.FaultUrl(hostFolder_);
+  const SRelease release{.files = SampleGameFiles(), .launcherVersion = "1.0.6", .launcherBytes = "new",
+                         .launcherSha256 = ""};
+  PublishRelease(release);
+  PublishFile("ui.json", "{}");
+  text::SLauncherUiDocument document;
+  patch::SPatchOutcome outcome;
+  std::wstring error;
+  const std::tuple<std::string, std::function<std::wstring()>, std::wstring> cases[] = {
+      {"pointer.txt", [&] { return FetchError(); }, L"Could not read the channel pointer."},
+      {"patchlist.v42.json", [&] { return FetchError(); }, L"The update list is too large to be genuine."},
+      {"patchlist.v42.sig", [&] { return FetchError(); }, L"The update list is not available yet."},
+      {"ui.json", [&] { return FetchUiDocument(http_, *service_, document) ? L"read" : L"kept"; }, L"kept"},
+      {BlobPath(Sha256Hex(release.files[1].bytes)),
+       [&] { return service_->RunPatch(http_, false, patch::EPatchTrigger::User, {}, outcome, error) ? L"" : error; },
+       L"1 file could not be updated: data/world.pak (the downloaded content did not match its signed hash). "
+       L"The rest of the update was applied."},
+      {BlobPath(Sha256Hex("new")),
+       [&] { return Fetch(error) && !service_->StageAndLaunchUpdate(http_, manifest_, error) ? error : L""; },
+       L"The downloaded launcher did not match its signed hash."},
+  };
+  for (const auto& [file, read, text] : cases) {
+    PublishFile(file + ".fault", "endless=1");
+    EXPECT_EQ(read(), text) << file;
+    RemovePublishedFile(file + ".fault");
+    const auto log = http_.Get(servers_.FaultUrl("__log/" + hostFolder_ + "/" + file), 4096);
+    EXPECT_EQ(std::string(log.body.begin(), log.body.end()).find("WHOLE"), std::string::npos) << file;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(runtime_.path())) {
+      EXPECT_NE(entry.path().extension(), ".part") << file;
+    }
+  }
 }
 
 }  // namespace

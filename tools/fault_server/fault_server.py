@@ -20,9 +20,18 @@ GET /<file>?<behaviour>&... serves the file; behaviours combine where they make 
                       request's Accept-Encoding names it (as a real server would)
   redirect=/other     answer 302 with Location: /other
   chunk=N             write the body in pieces of N bytes (default 65536)
+  trickle_ms=N        pause N ms before each piece
+  endless=1           answer 200 with the file over and over, without Content-Length, until
+                      the client hangs up; only a client that keeps no cap gets to the end,
+                      after 64 MiB, which the file's log then shows as "ENDLESS BODY SENT WHOLE"
+                      (a test fails there rather than exhaust the machine's memory)
 
 The offset rules apply only to a response that starts before the offset, so a client
 that resumes past it is served normally.
+
+Behaviours may also be written beside a file, as a query string in <file>.fault, for
+clients whose addresses cannot carry one (a patch host's files); the request's own
+query comes on top.
 
 GET /__log/<file> lists the requests seen for /<file>, one line each:
 "GET <target> | Range: <value or -> | User-Agent: <value> | Accept-Encoding: <value>".
@@ -41,6 +50,7 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 from urllib.parse import parse_qs, unquote, urlsplit
 
 LOG_PREFIX = "/__log/"
+ENDLESS_LIMIT = 64 * 1024 * 1024
 
 
 class RequestLog:
@@ -88,7 +98,8 @@ class FaultHandler(BaseHTTPRequestHandler):
             "User-Agent: " + (self.headers.get("User-Agent") or "-"),
             "Accept-Encoding: " + (self.headers.get("Accept-Encoding") or "-"),
         ]))
-        options = {k: v[-1] for k, v in parse_qs(target.query).items()}
+        options = self.sidecar_options(path)
+        options.update({k: v[-1] for k, v in parse_qs(target.query).items()})
         if "status" in options:
             self.send_text(int(options["status"]), "status %s\n" % options["status"])
             return
@@ -102,7 +113,7 @@ class FaultHandler(BaseHTTPRequestHandler):
         if data is None:
             self.send_text(404, "no such file\n")
             return
-        self.send_file(data, options)
+        self.send_file(path, data, options)
 
     def read_file(self, path):
         relative = os.path.normpath(path.lstrip("/"))
@@ -113,6 +124,10 @@ class FaultHandler(BaseHTTPRequestHandler):
                 return f.read()
         except OSError:
             return None
+
+    def sidecar_options(self, path):
+        data = self.read_file(path + ".fault")
+        return {} if data is None else {k: v[-1] for k, v in parse_qs(data.decode().strip()).items()}
 
     def send_text(self, status, text):
         body = text.encode()
@@ -125,12 +140,15 @@ class FaultHandler(BaseHTTPRequestHandler):
     def send_log(self, path):
         self.send_text(200, "".join(line + "\n" for line in self.server.request_log.lines(path)))
 
-    def send_file(self, data, options):
+    def send_file(self, path, data, options):
         size = len(data)
         encoding = options.get("encoding")
         accepted = [c.split(";")[0].strip() for c in (self.headers.get("Accept-Encoding") or "").split(",")]
         if encoding in accepted:
             self.send_encoded(data, encoding)
+            return
+        if options.get("endless"):
+            self.send_endless(path, data, options)
             return
         wanted = None if options.get("ignore_range") else parse_range(self.headers.get("Range"), size)
         start, end, status = 0, size - 1, 200
@@ -173,12 +191,26 @@ class FaultHandler(BaseHTTPRequestHandler):
         self.end_headers()
         self.wfile.write(body)
 
+    def send_endless(self, path, data, options):
+        self.send_response(200)
+        self.send_header("Content-Type", "application/octet-stream")
+        self.send_header("Connection", "close")
+        self.close_connection = True
+        self.end_headers()
+        unit = (data or b"\0") * max(1, 65536 // max(1, len(data)))  # few writes even for a tiny file
+        for _ in range(ENDLESS_LIMIT // len(unit)):
+            if not self.stream_body(unit, 0, len(unit), options):
+                return
+        self.server.request_log.add(path, "ENDLESS BODY SENT WHOLE")
+
     def stream_body(self, data, start, stop, options):
+        """Writes data[start:stop] with the options' faults; false once the connection is gone or cut."""
         chunk = max(1, int(options.get("chunk", 65536)))
         cut_at = self.offset_option(options, "cut_at", start)
         stall_at = self.offset_option(options, "stall_at", start)
         corrupt_at = self.offset_option(options, "corrupt_at", start)
         stall_seconds = int(options.get("stall_ms", 3000)) / 1000.0
+        trickle_seconds = int(options.get("trickle_ms", 0)) / 1000.0
         position = start
         while position < stop:
             piece_end = min(stop, position + chunk)
@@ -187,18 +219,22 @@ class FaultHandler(BaseHTTPRequestHandler):
                     piece_end = mark
             if position == cut_at:
                 self.cut_connection()
-                return
+                return False
             if position == stall_at:
                 self.wfile.flush()
                 time.sleep(stall_seconds)
+            if trickle_seconds:
+                self.wfile.flush()
+                time.sleep(trickle_seconds)
             piece = bytearray(data[position:piece_end])
             if corrupt_at is not None and position <= corrupt_at < piece_end:
                 piece[corrupt_at - position] ^= 0xFF
             try:
                 self.wfile.write(piece)
             except OSError:
-                return
+                return False
             position = piece_end
+        return True
 
     @staticmethod
     def offset_option(options, name, start):

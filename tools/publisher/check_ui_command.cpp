@@ -20,7 +20,6 @@ constexpr std::wstring_view kCheckUiHelp =
     L"or ignored, and why. The exit status is 1 when the launcher could not read\n"
     L"the document at all.";
 
-constexpr std::size_t kDocumentLimit = 4 * 1024 * 1024;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::wstring Quoted(const std::wstring& text) { return L"\"" + text + L"\""; }
@@ -53,7 +52,8 @@ int RunCheckUi(const Arguments& arguments) {
   const std::filesystem::path file = platform::ToPath(options.Positional().front());
   std::string bytes;
   std::wstring error;
-  if (!ReadWholeFile(file, kDocumentLimit, bytes, error)) return Failure(error);
+  // No larger than a launcher reads.
+  if (!ReadWholeFile(file, text::kMaxUiDocumentBytes, bytes, error)) return Failure(error);
 
   const std::wstring wide = text::Utf8ToWide(bytes);
   if (wide.empty() && !bytes.empty()) return Failure(PathProblem(file, L"is not valid UTF-8"));

@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::size_t kSmallFileLimit = 16 * 1024 * 1024;
 
+// As ReadWholeFile says it of a local file.
+std::wstring LargerThan(std::uint64_t limit) { return L"is larger than " + std::to_wstring(limit) + L" bytes"; }
+
 class CFolderHost final : public CPatchHost {
  public:
   explicit CFolderHost(std::filesystem::path folder) : folder_(std::move(folder)) {}
@@ -26,7 +29,8 @@ class CFolderHost final : public CPatchHost {
     return ReadWholeFile(File(name), kSmallFileLimit, bytes, error);
   }
 
-  bool Fetch(const std::wstring& name, std::filesystem::path& local, bool& missing,
+  // Measured where it lies, so nothing needs a cap.
+  bool Fetch(const std::wstring& name, std::uint64_t, std::filesystem::path& local, bool& missing,
              std::wstring& error) const override {
     local = File(name);
     std::error_code ec;
@@ -60,7 +64,8 @@ class CHttpsHost final : public CPatchHost {
   bool Read(const std::wstring& name, std::string& bytes, std::wstring& error) const override {
     std::wstring url = Where(name);
     if (name.starts_with(L"pointer")) url += L"?v=" + std::to_wstring(platform::TickCountMs());
-    net::SHttpGetResult result = http_.Get(url);
+    net::SHttpGetResult result = http_.Get(url, kSmallFileLimit);
+    if (result.tooLarge) result.error = LargerThan(kSmallFileLimit);
     if (!result.ok) {
       error = Where(name) + L": " + result.error;
       return false;
@@ -69,7 +74,7 @@ class CHttpsHost final : public CPatchHost {
     return true;
   }
 
-  bool Fetch(const std::wstring& name, std::filesystem::path& local, bool& missing,
+  bool Fetch(const std::wstring& name, std::uint64_t maxBytes, std::filesystem::path& local, bool& missing,
              std::wstring& error) const override {
     local = scratch_ / "blob";
     const std::filesystem::path partial = scratch_ / "blob.part";
@@ -78,10 +83,11 @@ class CHttpsHost final : public CPatchHost {
     std::filesystem::remove(partial, ec);
     net::SDownloadResult result;
     try {
-      result = http_.DownloadFile(Where(name), local, partial, nullptr);
+      result = http_.DownloadFile(Where(name), local, partial, maxBytes, nullptr);
     } catch (const std::exception&) {
       result.error = L"the download could not be stored in " + platform::FromPath(scratch_);
     }
+    if (result.tooLarge) result.error = LargerThan(maxBytes);
     missing = result.status == net::kStatusNotFound || result.status == net::kStatusGone;
     if (!result.ok) error = Where(name) + L": " + (missing ? std::wstring(L"missing") : result.error);
     return result.ok;

@@ -2,6 +2,7 @@
 // Read access to a published patch host, either a local folder (as the
 // publisher writes it) or an https address (as launchers see it).
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -17,8 +18,9 @@ class CPatchHost {
   // A small file whole (pointer, list, signature).
   virtual bool Read(const std::wstring& name, std::string& bytes, std::wstring& error) const = 0;
   // The file as a local one to measure: `missing` tells a file the host does
-  // not have from one that could not be fetched. Release it when done.
-  virtual bool Fetch(const std::wstring& name, std::filesystem::path& local, bool& missing,
+  // not have from one that could not be fetched. A download stops past
+  // `maxBytes` and fails. Release it when done.
+  virtual bool Fetch(const std::wstring& name, std::uint64_t maxBytes, std::filesystem::path& local, bool& missing,
                      std::wstring& error) const = 0;
   virtual void Release(const std::filesystem::path& local) const = 0;
 };

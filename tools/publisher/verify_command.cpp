@@ -233,7 +233,7 @@ class CHostVerification {
     std::filesystem::path local;
     bool missing = false;
     std::wstring error;
-    if (!host_.Fetch(name, local, missing, error)) {
+    if (!host_.Fetch(name, need.size, local, missing, error)) {
       Problem(error + forWhom);
       return false;
     }

@@ -5,6 +5,7 @@
 #include <shellapi.h>
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -21,10 +22,13 @@ constexpr wchar_t kPartialSuffix[] = L".part";
 constexpr wchar_t kOwnTempFolder[] = L"VardeniLauncher";
 constexpr wchar_t kInstallerVerb[] = L"runas";
 constexpr wchar_t kInstallerParameters[] = L"/silent /install";
+// The online installer takes about 2 MB.
+constexpr std::uint64_t kMaxInstallerBytes = 64 * 1024 * 1024;
 
 constexpr wchar_t kNoTempFolder[] = L"no writable temporary directory";
 constexpr wchar_t kDownloadStatusPrefix[] = L"download failed (HTTP ";
 constexpr wchar_t kNotExecutable[] = L"the downloaded installer was not a Windows executable";
+constexpr wchar_t kTooLarge[] = L"the download was larger than an installer can be";
 constexpr wchar_t kElevationDeclined[] = L"elevation declined";
 constexpr wchar_t kStartFailedPrefix[] = L"could not start the installer (Win32 ";
 constexpr wchar_t kTimedOut[] = L"the installer did not finish within 15 minutes";
@@ -60,8 +64,10 @@ std::wstring Download(const LauncherConfig& config, const std::wstring& url, con
   std::filesystem::remove(platform::ToPath(partial), ignored);
   try {
     const net::SDownloadResult result =
-        net::CHttpClient(config).DownloadFile(url, platform::ToPath(target), platform::ToPath(partial), {});
+        net::CHttpClient(config).DownloadFile(url, platform::ToPath(target), platform::ToPath(partial),
+                                              kMaxInstallerBytes, {});
     if (result.ok) return {};
+    if (result.tooLarge) return kTooLarge;
     if (result.status != 0) return kDownloadStatusPrefix + std::to_wstring(result.status) + L")";
     return result.error;
   } catch (const std::exception&) {
