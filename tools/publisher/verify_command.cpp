@@ -176,7 +176,7 @@ class CHostVerification {
     const std::wstring blobName = patch::BlobPathForHash(entry.sha256);
     std::filesystem::path local;
     bool missing = false;
-    if (!host_.Fetch(blobName, local, missing, error)) {
+    if (!host_.Fetch(blobName, entry.size, local, missing, error)) {
       Problem(error + forWhom);
       return false;
     }
@@ -192,7 +192,7 @@ class CHostVerification {
   bool ReadFetched(const std::wstring& name, std::uint64_t size, std::string& bytes, std::wstring& error) {
     std::filesystem::path local;
     bool missing = false;
-    if (!host_.Fetch(name, local, missing, error)) return false;
+    if (!host_.Fetch(name, size, local, missing, error)) return false;
     bytes.assign(size, '\0');
     std::ifstream in(local, std::ios::binary);
     in.read(bytes.data(), static_cast<std::streamsize>(size));
