@@ -62,6 +62,32 @@ bool IsAlreadyNormal(std::wstring_view path) {
 
 }  // namespace
 
+IntegrityRecords ParseIntegrityCache(const std::vector<std::wstring>& lines) {
+  IntegrityRecords records;
+  for (const std::wstring& line : lines) {
+    std::wstring key;
+    SIntegrityRecord record;
+    if (ParseRecordLine(TrimField(line), key, record.size, record.mtime, record.sha256)) {
+      records[std::move(key)] = std::move(record);
+    }
+  }
+  return records;
+}
+
+std::string FormatIntegrityCache(const IntegrityRecords& records) {
+  std::string bytes;
+  for (const auto& [key, record] : records) {
+    // A file name may hold a line break on Linux; its record could not be
+    // read back as one line, so that file is simply hashed again next time.
+    if (key.find_first_of(L"\r\n") != std::wstring::npos) continue;
+    bytes.append(text::WideToUtf8(key)).append("|");
+    bytes.append(std::to_string(record.size)).append("|");
+    bytes.append(std::to_string(record.mtime)).append("|");
+    bytes.append(text::WideToUtf8(record.sha256)).append("\n");
+  }
+  return bytes;
+}
+
 std::wstring IntegrityCacheKey(const std::wstring& fullPath) {
   std::wstring key = IsAlreadyNormal(fullPath)
                          ? fullPath
@@ -86,7 +112,7 @@ bool CIntegrityCache::Lookup(const std::wstring& fullPath, std::uint64_t size, s
   EnsureLoaded();
   const auto found = records_.find(IntegrityCacheKey(fullPath));
   if (found == records_.end()) return false;
-  const SRecord& record = found->second;
+  const SIntegrityRecord& record = found->second;
   if (record.size != size || record.mtime != mtime || record.sha256.empty()) return false;
   sha256 = record.sha256;
   return true;
@@ -95,38 +121,20 @@ bool CIntegrityCache::Lookup(const std::wstring& fullPath, std::uint64_t size, s
 void CIntegrityCache::Store(const std::wstring& fullPath, std::uint64_t size, std::int64_t mtime,
                             const std::wstring& sha256) {
   EnsureLoaded();
-  records_[IntegrityCacheKey(fullPath)] = SRecord{size, mtime, sha256};
+  records_[IntegrityCacheKey(fullPath)] = SIntegrityRecord{size, mtime, sha256};
   dirty_ = true;
 }
 
 void CIntegrityCache::Persist() {
   if (!loaded_ || !dirty_) return;
-  std::string bytes;
-  for (const auto& [key, record] : records_) {
-    // A file name may hold a line break on Linux; its record could not be
-    // read back as one line, so that file is simply hashed again next time.
-    if (key.find_first_of(L"\r\n") != std::wstring::npos) continue;
-    bytes.append(text::WideToUtf8(key)).append("|");
-    bytes.append(std::to_string(record.size)).append("|");
-    bytes.append(std::to_string(record.mtime)).append("|");
-    bytes.append(text::WideToUtf8(record.sha256)).append("\n");
-  }
-  if (RewriteFile(CacheFile(), bytes) == EFileWriteResult::Written) dirty_ = false;
+  if (RewriteFile(CacheFile(), FormatIntegrityCache(records_)) == EFileWriteResult::Written) dirty_ = false;
 }
 
 void CIntegrityCache::EnsureLoaded() {
   if (loaded_) return;
   loaded_ = true;
-  records_.clear();
   std::vector<std::wstring> lines;
-  if (!ReadUtf8Lines(CacheFile(), lines)) return;
-  for (const std::wstring& line : lines) {
-    std::wstring key;
-    SRecord record;
-    if (ParseRecordLine(TrimField(line), key, record.size, record.mtime, record.sha256)) {
-      records_[std::move(key)] = std::move(record);
-    }
-  }
+  records_ = ReadUtf8Lines(CacheFile(), lines) ? ParseIntegrityCache(lines) : IntegrityRecords{};
 }
 
 std::wstring CIntegrityCache::CacheFile() const {

@@ -7,8 +7,28 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace patch {
+
+struct SIntegrityRecord {
+  std::uint64_t size = 0;
+  std::int64_t mtime = 0;
+  std::wstring sha256;
+
+  bool operator==(const SIntegrityRecord&) const = default;
+};
+
+// Records by IntegrityCacheKey.
+using IntegrityRecords = std::unordered_map<std::wstring, SIntegrityRecord>;
+
+// The records of the file's lines: fields trimmed, lines that do not parse
+// skipped, a later line for the same key winning.
+IntegrityRecords ParseIntegrityCache(const std::vector<std::wstring>& lines);
+
+// The file's text, one line per record in no particular order; a record whose
+// key holds a line break is left out.
+std::string FormatIntegrityCache(const IntegrityRecords& records);
 
 // The full path in lexically normal form, "\" turned into "/", every
 // character lower-cased: paths differing only in case or separator share a record.
@@ -29,17 +49,11 @@ class CIntegrityCache {
   void Persist();
 
  private:
-  struct SRecord {
-    std::uint64_t size = 0;
-    std::int64_t mtime = 0;
-    std::wstring sha256;
-  };
-
   void EnsureLoaded();
   std::wstring CacheFile() const;
 
   std::wstring runtimeFolder_;
-  std::unordered_map<std::wstring, SRecord> records_;
+  IntegrityRecords records_;
   bool loaded_ = false;
   bool dirty_ = false;
 };

@@ -1,7 +1,9 @@
 #include "patch/line_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <limits>
 
 #include "platform/file_replace.h"
@@ -21,9 +23,19 @@ bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines) {
   lines.clear();
   std::ifstream in(platform::ToPath(file), std::ios::binary);
   if (!in) return false;
-  std::string line;
-  while (std::getline(in, line)) lines.push_back(text::Utf8ToWide(line));
+  const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  lines = SplitUtf8Lines(bytes);
   return true;
+}
+
+std::vector<std::wstring> SplitUtf8Lines(std::string_view bytes) {
+  std::vector<std::wstring> lines;
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size());
+    lines.push_back(text::Utf8ToWide(bytes.substr(0, end)));
+    bytes.remove_prefix(std::min(end + 1, bytes.size()));
+  }
+  return lines;
 }
 
 EFileWriteResult RewriteFile(const std::wstring& file, std::string_view bytes) {

@@ -10,9 +10,14 @@
 
 namespace patch {
 
-// The file's lines split at LF, each converted from UTF-8 (a line that is not
-// valid UTF-8 comes back empty). False when the file cannot be opened.
+// The file's lines, as SplitUtf8Lines gives them. False when the file cannot
+// be opened.
 bool ReadUtf8Lines(const std::wstring& file, std::vector<std::wstring>& lines);
+
+// The text split at LF, each line converted from UTF-8 (a line that is not
+// valid UTF-8 comes back empty); a final LF ends the last line, it does not
+// start an empty one.
+std::vector<std::wstring> SplitUtf8Lines(std::string_view bytes);
 
 enum class EFileWriteResult { Written, NotOpened, WriteFailed };
 
