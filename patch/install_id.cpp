@@ -1,6 +1,8 @@
 #include "patch/install_id.h"
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 #include <fstream>
 #include <system_error>
 
@@ -37,20 +39,42 @@ std::wstring ReadStoredId(const fs::path& file) {
   return std::wstring(trimmed.begin(), trimmed.end());
 }
 
+bool ExistsAsAnything(const fs::path& path) {
+  std::error_code error;
+  return fs::symlink_status(path, error).type() != fs::file_type::not_found && !error;
+}
+
 // Two launchers started together on a fresh folder must end up with one id:
-// each writes its own beside the file, only one moves in without replacing,
-// and both then read back the winner. A malformed file is replaced.
-bool PlaceNewId(const fs::path& file, const std::wstring& fresh) {
+// each writes its own beside the file and only one moves in without
+// replacing. Only a file that was there malformed from the start is replaced.
+bool PlaceNewId(const fs::path& file, const std::wstring& fresh, bool replaceMalformed) {
   const fs::path temporary = platform::ToPath(platform::FromPath(file) + L"." + fresh + L".tmp");
   const std::string bytes(fresh.begin(), fresh.end());
   std::uint32_t code = 0;
   if (platform::WriteNewFile(temporary, bytes, code) != platform::ENewFileResult::Written) return false;
-  if (!platform::MoveWithoutReplacing(temporary, file, code) && !IsInstallIdentity(ReadStoredId(file))) {
+  if (replaceMalformed) {
     platform::MoveReplacingFile(temporary, file, code);
+  } else {
+    platform::MoveWithoutReplacing(temporary, file, code);
   }
-  std::error_code ignored;
-  fs::remove(temporary, ignored);
+  // On Windows the moved file's other name cannot go while another launcher
+  // reads the id through it; it is let go a moment later.
+  std::error_code error;
+  for (int attempt = 0; attempt < 50 && !fs::remove(temporary, error) && ExistsAsAnything(temporary); ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
   return true;
+}
+
+// The winner's id; a moment's retry covers a read that meets the file while
+// another launcher still holds it.
+std::wstring ReadPlacedId(const fs::path& file) {
+  std::wstring id = ReadStoredId(file);
+  for (int attempt = 0; attempt < 50 && !IsInstallIdentity(id) && ExistsAsAnything(file); ++attempt) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    id = ReadStoredId(file);
+  }
+  return id;
 }
 
 }  // namespace
@@ -63,6 +87,9 @@ bool EnsureInstallId(const std::wstring& gameFolder, std::wstring& id, std::wstr
     return false;
   }
   const fs::path file = folder / platform::ToPath(kInstallIdFileName);
+  // Looked at before the read: a file that appears after it is another
+  // launcher's fresh id, never a malformed one to replace.
+  const bool existed = ExistsAsAnything(file);
   std::wstring stored = ReadStoredId(file);
   if (!IsInstallIdentity(stored)) {
     platform::RandomId random{};
@@ -70,7 +97,7 @@ bool EnsureInstallId(const std::wstring& gameFolder, std::wstring& id, std::wstr
       errorText = L"failed to generate an install id (CoCreateGuid failed)";
       return false;
     }
-    if (PlaceNewId(file, crypto::ToLowerHex(random.data(), random.size()))) stored = ReadStoredId(file);
+    if (PlaceNewId(file, crypto::ToLowerHex(random.data(), random.size()), existed)) stored = ReadPlacedId(file);
   }
   if (!IsInstallIdentity(stored)) {
     errorText = L"failed to write " + platform::FromPath(file);
