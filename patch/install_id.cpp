@@ -39,11 +39,6 @@ std::wstring ReadStoredId(const fs::path& file) {
   return std::wstring(trimmed.begin(), trimmed.end());
 }
 
-bool ExistsAsAnything(const fs::path& path) {
-  std::error_code error;
-  return fs::symlink_status(path, error).type() != fs::file_type::not_found && !error;
-}
-
 // Two launchers started together on a fresh folder must end up with one id:
 // each writes its own beside the file and only one moves in without
 // replacing. Only a file that was there malformed from the start is replaced.
@@ -60,7 +55,7 @@ bool PlaceNewId(const fs::path& file, const std::wstring& fresh, bool replaceMal
   // On Windows the moved file's other name cannot go while another launcher
   // reads the id through it; it is let go a moment later.
   std::error_code error;
-  for (int attempt = 0; attempt < 50 && !fs::remove(temporary, error) && ExistsAsAnything(temporary); ++attempt) {
+  for (int attempt = 0; attempt < 50 && !fs::remove(temporary, error) && platform::NameIsTaken(temporary); ++attempt) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   return true;
@@ -70,7 +65,7 @@ bool PlaceNewId(const fs::path& file, const std::wstring& fresh, bool replaceMal
 // another launcher still holds it.
 std::wstring ReadPlacedId(const fs::path& file) {
   std::wstring id = ReadStoredId(file);
-  for (int attempt = 0; attempt < 50 && !IsInstallIdentity(id) && ExistsAsAnything(file); ++attempt) {
+  for (int attempt = 0; attempt < 50 && !IsInstallIdentity(id) && platform::NameIsTaken(file); ++attempt) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
     id = ReadStoredId(file);
   }
@@ -89,7 +84,7 @@ bool EnsureInstallId(const std::wstring& gameFolder, std::wstring& id, std::wstr
   const fs::path file = folder / platform::ToPath(kInstallIdFileName);
   // Looked at before the read: a file that appears after it is another
   // launcher's fresh id, never a malformed one to replace.
-  const bool existed = ExistsAsAnything(file);
+  const bool existed = platform::NameIsTaken(file);
   std::wstring stored = ReadStoredId(file);
   if (!IsInstallIdentity(stored)) {
     platform::RandomId random{};

@@ -13,13 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// "Exists as anything": a dangling link or a folder of that name counts too.
-bool ExistsAsAnything(const fs::path& path) {
-  std::error_code error;
-  const fs::file_status status = fs::symlink_status(path, error);
-  return !error && status.type() != fs::file_type::not_found;
-}
-
 void RemoveQuietly(const fs::path& path) {
   std::error_code ignored;
   fs::remove(path, ignored);
@@ -52,7 +45,7 @@ SSeedResult SeedMissingConfigs(const std::wstring& gameFolder) {
   for (const SSeedFile& seed : kSeedFiles) {
     const std::wstring name(seed.fileName);
     const fs::path target = folder / platform::ToPath(name);
-    if (ExistsAsAnything(target)) {
+    if (platform::NameIsTaken(target)) {
       result.present.push_back(name);
       continue;
     }

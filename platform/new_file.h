@@ -5,8 +5,15 @@
 #include <cstdint>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace platform {
+
+// True when anything holds the name: a file, a folder, or a link, dangling or not.
+inline bool NameIsTaken(const std::filesystem::path& path) {
+  std::error_code error;
+  return std::filesystem::symlink_status(path, error).type() != std::filesystem::file_type::not_found && !error;
+}
 
 enum class ENewFileResult { Written, NotCreated, NotWritten };
 
