@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,17 @@ struct SDownloadResult {
   std::wstring digestError;
   bool tooLarge = false;  // the file went past its cap; its partial file is gone
 };
+
+struct SRangeResult {
+  bool ok = false;
+  // The host did not answer with exactly the range (another status, such as
+  // 200 with the whole body, or a shorter part): asking again would not help.
+  bool notServed = false;
+  std::wstring error;
+};
+
+// Takes the bytes of a range in order; false stops the fetch.
+using RangeSink = std::function<bool(std::span<const std::uint8_t>)>;
 
 // (bytes received so far, counting a resumed part; total expected bytes, or
 // the first value again when the total is unknown).
@@ -65,6 +77,12 @@ class CHttpClient {
   // Throws std::filesystem::filesystem_error when the parent folders cannot
   // be created and std::ios_base::failure when the finished partial file
   // cannot be closed.
+  // Fetches `count` (above 0) bytes of `url` from offset `first`, handing them
+  // to `sink` once each, in order. A transfer that breaks is resumed from the
+  // first byte not yet handed over, within the configured attempts.
+  SRangeResult FetchRange(const std::wstring& url, std::uint64_t first, std::uint64_t count,
+                          const RangeSink& sink) const;
+
   SDownloadResult DownloadFile(const std::wstring& url, const std::filesystem::path& target,
                                const std::filesystem::path& partial, std::uint64_t maxBytes,
                                const DownloadProgress& progress) const;

@@ -1,6 +1,7 @@
 #include "net/http_transport.h"
 
 #include <limits>
+#include <string>
 
 namespace net {
 namespace {
@@ -22,6 +23,13 @@ std::optional<std::uint64_t> ParseLeadingDigits(std::wstring_view text, std::siz
 }
 
 }  // namespace
+
+std::string RangeHeaderValue(const SHttpRequest& request) {
+  if (!request.rangeLast && request.rangeStart == 0) return {};
+  std::string value = "bytes=" + std::to_string(request.rangeStart) + "-";
+  if (request.rangeLast) value += std::to_string(*request.rangeLast);
+  return value;
+}
 
 std::optional<std::uint64_t> ParseContentLength(std::wstring_view contentLength) {
   std::size_t digits = 0;

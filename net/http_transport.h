@@ -18,7 +18,14 @@ namespace net {
 struct SHttpRequest {
   SHttpUrl url;
   std::uint64_t rangeStart = 0;  // above 0: ask for the bytes from here to the end
+  // Set: ask for the bytes from rangeStart up to and including this one, in
+  // no content coding, so the offsets are those of the file itself.
+  std::optional<std::uint64_t> rangeLast;
 };
+
+// The value of the Range header `request` sends ("bytes=A-" or "bytes=A-B"),
+// or empty when it asks for the whole body.
+std::string RangeHeaderValue(const SHttpRequest& request);
 
 // Facts of the response, gathered before its body is read.
 struct SHttpResponseFacts {

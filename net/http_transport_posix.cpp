@@ -235,8 +235,8 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
   }
   CURL* curl = handle.get();
   std::unique_ptr<curl_slist, SCurlDeleter> headers;
-  if (request.rangeStart > 0) {
-    headers.reset(curl_slist_append(nullptr, ("Range: bytes=" + std::to_string(request.rangeStart) + "-").c_str()));
+  if (const std::string range = RangeHeaderValue(request); !range.empty()) {
+    headers.reset(curl_slist_append(nullptr, ("Range: " + range).c_str()));
   }
   const std::string url = ComposeUrl(request.url);
   const std::string userAgent = text::WideToUtf8(config.userAgent);
@@ -248,7 +248,7 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
   curl_easy_setopt(curl, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(curl, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(curl, CURLOPT_USERAGENT, userAgent.c_str());
-  curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, kAcceptEncoding);
+  if (!request.rangeLast) curl_easy_setopt(curl, CURLOPT_ACCEPT_ENCODING, kAcceptEncoding);
   curl_easy_setopt(curl, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(config.resolveConnectTimeoutMs));
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);

@@ -31,7 +31,7 @@ ETransferOutcome Fail(ETransferOutcome outcome, std::wstring& error) {
   return outcome;
 }
 
-bool ConfigureSession(HINTERNET session, const LauncherConfig& config) {
+bool ConfigureSession(HINTERNET session, const LauncherConfig& config, bool decodeBodies) {
   const int resolveAndConnect = static_cast<int>(config.resolveConnectTimeoutMs);
   if (!WinHttpSetTimeouts(session, resolveAndConnect, resolveAndConnect, static_cast<int>(config.sendTimeoutMs),
                           static_cast<int>(config.receiveTimeoutMs))) {
@@ -39,6 +39,7 @@ bool ConfigureSession(HINTERNET session, const LauncherConfig& config) {
   }
   // Windows before 8.1 and Wine refuse this option. That is no reason to fail:
   // WinHTTP then advertises no Accept-Encoding, so servers send plain bodies.
+  if (!decodeBodies) return true;
   DWORD decompression = WINHTTP_DECOMPRESSION_FLAG_GZIP | WINHTTP_DECOMPRESSION_FLAG_DEFLATE;
   WinHttpSetOption(session, WINHTTP_OPTION_DECOMPRESSION, &decompression, sizeof(decompression));
   return true;
@@ -118,7 +119,7 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
   const CInternetHandle session(
       WinHttpOpen(config.userAgent.c_str(), WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME,
                   WINHTTP_NO_PROXY_BYPASS, 0));
-  if (!session || !ConfigureSession(session.get(), config)) return Fail(kFailed, error);
+  if (!session || !ConfigureSession(session.get(), config, !request.rangeLast)) return Fail(kFailed, error);
 
   const CInternetHandle connection(WinHttpConnect(session.get(), request.url.host.c_str(), request.url.port, 0));
   if (!connection) return Fail(kFailed, error);
@@ -128,8 +129,9 @@ ETransferOutcome PerformHttpGet(const LauncherConfig& config, const SHttpRequest
                                                 request.url.secure ? WINHTTP_FLAG_SECURE : 0));
   if (!http) return Fail(kFailed, error);
 
+  const std::string rangeValue = RangeHeaderValue(request);
   const std::wstring range =
-      request.rangeStart > 0 ? L"Range: bytes=" + std::to_wstring(request.rangeStart) + L"-\r\n" : std::wstring();
+      rangeValue.empty() ? std::wstring() : L"Range: " + std::wstring(rangeValue.begin(), rangeValue.end()) + L"\r\n";
   const BOOL sent = range.empty()
                         ? WinHttpSendRequest(http.get(), WINHTTP_NO_ADDITIONAL_HEADERS, 0, WINHTTP_NO_REQUEST_DATA, 0, 0, 0)
                         : WinHttpSendRequest(http.get(), range.c_str(), static_cast<DWORD>(-1), WINHTTP_NO_REQUEST_DATA,
