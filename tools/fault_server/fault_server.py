@@ -15,6 +15,7 @@ GET /<file>?<behaviour>&... serves the file; behaviours combine where they make 
   cut_at=N            close the connection when the body reaches file offset N
   stall_at=N          pause stall_ms (default 3000) when the body reaches file offset N
   corrupt_at=N        send the byte at file offset N inverted
+  corrupt_ranges=1    send the first byte of every 206 body inverted (whole bodies stay sound)
   no_length=1         send no Content-Length; the body ends when the connection closes
   encoding=gzip|deflate  send the whole file compressed with that content coding when the
                       request's Accept-Encoding names it (as a real server would)
@@ -177,7 +178,7 @@ class FaultHandler(BaseHTTPRequestHandler):
         else:
             self.send_header("Content-Length", str(max(0, end + 1 - start)))
         self.end_headers()
-        self.stream_body(data, start, end + 1, options)
+        self.stream_body(data, start, end + 1, options, status == 206 and options.get("corrupt_ranges"))
 
     def send_encoded(self, data, encoding):
         if encoding == "gzip":
@@ -203,12 +204,12 @@ class FaultHandler(BaseHTTPRequestHandler):
                 return
         self.server.request_log.add(path, "ENDLESS BODY SENT WHOLE")
 
-    def stream_body(self, data, start, stop, options):
+    def stream_body(self, data, start, stop, options, corrupt_first=False):
         """Writes data[start:stop] with the options' faults; false once the connection is gone or cut."""
         chunk = max(1, int(options.get("chunk", 65536)))
         cut_at = self.offset_option(options, "cut_at", start)
         stall_at = self.offset_option(options, "stall_at", start)
-        corrupt_at = self.offset_option(options, "corrupt_at", start)
+        corrupt_at = start if corrupt_first else self.offset_option(options, "corrupt_at", start)
         stall_seconds = int(options.get("stall_ms", 3000)) / 1000.0
         trickle_seconds = int(options.get("trickle_ms", 0)) / 1000.0
         position = start
