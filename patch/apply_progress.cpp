@@ -44,10 +44,11 @@ void CApplyProgress::ReportFetch(std::uint32_t phase, const wchar_t* status) {
   report.phase = phase;
   report.status = status;
   // Retried transfers count their bytes again; the figure never passes the total.
-  report.bytesDone = std::min(bytesDone_.load(), bytesTotal_);
-  report.bytesTotal = bytesTotal_;
-  report.fraction = bytesTotal_ == 0 ? 0.0f : static_cast<float>(static_cast<double>(report.bytesDone) /
-                                                                  static_cast<double>(bytesTotal_));
+  report.bytesTotal = bytesTotal_.load();
+  report.bytesDone = std::min(bytesDone_.load(), report.bytesTotal);
+  report.fraction = report.bytesTotal == 0 ? 0.0f
+                                           : static_cast<float>(static_cast<double>(report.bytesDone) /
+                                                                static_cast<double>(report.bytesTotal));
   report.filesDone = filesDone_.load();
   report.filesTotal = filesTotal_;
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - fetchStart_).count();

@@ -29,6 +29,8 @@ class CApplyProgress {
   // Sets the totals and starts the clock the speed is measured from.
   void BeginFetch(std::uint64_t bytesTotal, std::uint64_t filesTotal);
   void AddBytes(std::uint64_t count) { bytesDone_.fetch_add(count); }
+  // A file fetched other than whole: `planned` bytes of the total become `instead`.
+  void ExpectInstead(std::uint64_t planned, std::uint64_t instead) { bytesTotal_.fetch_add(instead - planned); }
   void CountAppliedFile() { filesDone_.fetch_add(1); }
   // Phases 4 and 5, filled from the shared counters.
   void ReportFetch(std::uint32_t phase, const wchar_t* status);
@@ -40,7 +42,7 @@ class CApplyProgress {
   std::mutex callbackMutex_;
   std::atomic<std::uint64_t> bytesDone_{0};
   std::atomic<std::uint64_t> filesDone_{0};
-  std::uint64_t bytesTotal_ = 0;
+  std::atomic<std::uint64_t> bytesTotal_{0};  // unsigned wrap-around keeps ExpectInstead exact
   std::uint64_t filesTotal_ = 0;
   std::chrono::steady_clock::time_point fetchStart_;
 };

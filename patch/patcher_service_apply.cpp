@@ -17,6 +17,7 @@
 #include "patch/apply_progress.h"
 #include "patch/apply_tally.h"
 #include "patch/blob_path.h"
+#include "patch/delta_fetch.h"
 #include "patch/disk_space_check.h"
 #include "patch/entry_verification.h"
 #include "patch/patcher_service.h"
@@ -195,7 +196,8 @@ class CFetchRun {
     if (staged.empty()) {
       // No blob can be published under a malformed digest.
       FailTargets(item, kIncompleteReason, false, settled);
-    } else if (!ReuseStagedBlob(staged, item) && !FetchBlob(item, staged, reason, firstReport)) {
+    } else if (!ReuseStagedBlob(staged, item) && !RebuildByDelta(item, staged) &&
+               !FetchBlob(item, staged, reason, firstReport)) {
       FailTargets(item, reason, firstReport, settled);
     } else {
       PromoteOntoTargets(item, staged, settled);
@@ -217,6 +219,72 @@ class CFetchRun {
     RemoveQuietly(staged);
     return false;
   }
+
+  // Rebuilds the blob from an old copy at one of its targets, fetching only
+  // the chunks that copy lacks. On any surprise the whole blob is fetched
+  // instead; that is logged, never reported as a failure.
+  bool RebuildByDelta(const SFetchItem& item, const fs::path& staged) {
+    const SManifestEntry& entry = item.targets.front();
+    const fs::path oldCopy = OldCopy(item);
+    // A whole download an earlier run left part-way is resumed instead.
+    if (entry.chunkIndexSha256.empty() || oldCopy.empty() ||
+        CurrentSize(PartialBlobPath(stagingRoot_, item.sha256)) > 0) {
+      return false;
+    }
+    const fs::path rebuilt = platform::ToPath(platform::FromPath(staged) + L".delta");
+    const SDeltaSource source{service_.BuildPatchUrl(BlobPathForHash(entry.chunkIndexSha256), false),
+                              service_.BuildPatchUrl(BlobPathForHash(item.sha256), false), oldCopy};
+    CDeltaCounter counter(progress_, item.size);
+    std::wstring summary;
+    if (FetchByDelta(http_, entry, source, rebuilt, counter, summary)) {
+      std::uint32_t ignoredCode = 0;
+      if (platform::MoveReplacingFile(rebuilt, staged, ignoredCode)) {
+        logging::LogInfo(kLogCategory, entry.path + L" rebuilt from its old copy: " + summary);
+        return true;
+      }
+      RemoveQuietly(rebuilt);
+      summary = L"the rebuilt file could not be staged";
+    }
+    counter.FallBack();
+    logging::LogInfo(kLogCategory, entry.path + L" is fetched whole: " + summary);
+    return false;
+  }
+
+  // The first target that is a regular file with content; none is empty.
+  fs::path OldCopy(const SFetchItem& item) const {
+    for (const SManifestEntry& entry : item.targets) {
+      const fs::path target = TargetPath(gameFolder_, entry);
+      std::error_code ec;
+      if (fs::is_regular_file(fs::symlink_status(target, ec)) && CurrentSize(target) > 0) return target;
+    }
+    return {};
+  }
+
+  // Keeps the run's byte counters to what a rebuild really fetches.
+  class CDeltaCounter final : public CDeltaProgress {
+   public:
+    CDeltaCounter(CApplyProgress& progress, std::uint64_t wholeSize) : progress_(progress), wholeSize_(wholeSize) {}
+
+    void Planned(std::uint64_t bytes) override {
+      progress_.ExpectInstead(wholeSize_, bytes);
+      planned_ = bytes;
+    }
+    void Fetched(std::uint64_t bytes) override {
+      progress_.AddBytes(bytes);
+      fetched_ += bytes;
+      progress_.ReportFetch(kPhaseDownloading, kDownloadingStatus);
+    }
+    // The whole file comes on top of what the rebuild fetched.
+    void FallBack() {
+      if (planned_) progress_.ExpectInstead(*planned_, fetched_ + wholeSize_);
+    }
+
+   private:
+    CApplyProgress& progress_;
+    const std::uint64_t wholeSize_;
+    std::optional<std::uint64_t> planned_;
+    std::uint64_t fetched_ = 0;
+  };
 
   // Downloads the blob onto its staged path and verifies it. On failure the
   // blob's failure is recorded and `reason` says why.
