@@ -85,7 +85,10 @@ bool EnsureInstallId(const std::wstring& gameFolder, std::wstring& id, std::wstr
   // Looked at before the read: a file that appears after it is another
   // launcher's fresh id, never a malformed one to replace.
   const bool existed = platform::NameIsTaken(file);
-  std::wstring stored = ReadStoredId(file);
+  // A file that is there may be another launcher's fresh id that cannot be
+  // read for a moment (on Windows while it lets go of the id's other name):
+  // it is read again before it counts as malformed and is replaced.
+  std::wstring stored = existed ? ReadPlacedId(file) : ReadStoredId(file);
   if (!IsInstallIdentity(stored)) {
     platform::RandomId random{};
     if (!platform::GenerateRandomId(random)) {
