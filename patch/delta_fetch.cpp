@@ -16,9 +16,17 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kCopyBufferSize = 1024 * 1024;
+// What a rebuild holds in memory is bounded: the index text, and some 300
+// bytes for each chunk of either copy (a 16 GiB file at today's minimum).
+constexpr std::uint64_t kMaxIndexBytes = 64 * 1024 * 1024;
+constexpr std::uint64_t kMaxChunks = 1024 * 1024;
 
 bool FetchIndex(const net::CHttpClient& http, const SManifestEntry& entry, const std::wstring& url,
                 SChunkIndex& index, std::wstring& why) {
+  if (entry.chunkIndexSize > kMaxIndexBytes) {
+    why = L"its chunk index is larger than a launcher reads";
+    return false;
+  }
   const net::SHttpGetResult got = http.Get(url, entry.chunkIndexSize);
   if (!got.ok) {
     why = L"its chunk index could not be fetched: " + got.error;
@@ -162,6 +170,12 @@ bool FetchByDelta(const net::CHttpClient& http, const SManifestEntry& entry, con
   summary.clear();
   SChunkIndex wanted;
   if (!FetchIndex(http, entry, source.indexUrl, wanted, summary)) return false;
+  std::error_code ec;
+  const std::uint64_t oldSize = fs::file_size(source.oldFile, ec);
+  if (ec || oldSize / wanted.parameters.minSize > kMaxChunks) {
+    summary = L"its old copy is too large to cut into chunks";
+    return false;
+  }
   SChunkIndex held;
   std::wstring ignoredDigest;
   if (!ChunkFile(source.oldFile, wanted.parameters, held, ignoredDigest, summary)) return false;
@@ -173,7 +187,6 @@ bool FetchByDelta(const net::CHttpClient& http, const SManifestEntry& entry, con
   progress.Planned(entry.chunkIndexSize + plan.fetchBytes);
   progress.Fetched(entry.chunkIndexSize);
 
-  std::error_code ec;
   fs::create_directories(output.parent_path(), ec);
   if (!Rebuild(http, source, entry, wanted, plan, output, progress, summary)) {
     fs::remove(output, ec);
