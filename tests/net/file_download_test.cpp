@@ -191,3 +191,30 @@ TEST_F(HttpDownload, BlockedFilesEndTheDownloadWithTheirSentence) {
 }
 
 }  // namespace
+
+// A range is read only from a 206 answer and never past its end; a transfer
+// cut mid-way resumes from the first byte not yet handed over.
+TEST_F(HttpDownload, FetchRangeResumesACutRangeAndRefusesAnythingButThatRange) {
+  const std::string bytes = PatternBytes(300000, 5);
+  const std::string name = servers_.Publish("ranged", bytes);
+  const struct {
+    const char* query;
+    bool served;
+    std::size_t requests;
+  } cases[] = {{"", true, 1}, {"?cut_at=150000", true, 2}, {"?ignore_range=1", false, 1}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.query);
+    const std::size_t before = FaultLog(name).size();
+    std::string received;
+    const net::SRangeResult result = CHttpClient(config_).FetchRange(
+        servers_.FaultUrl(name + c.query), 100000, 100000, [&](std::span<const std::uint8_t> piece) {
+          received.append(piece.begin(), piece.end());
+          return true;
+        });
+    EXPECT_EQ(result.ok, c.served);
+    EXPECT_EQ(result.notServed, !c.served);
+    EXPECT_EQ(FaultLog(name).size() - before, c.requests);
+    EXPECT_TRUE(received == (c.served ? bytes.substr(100000, 100000) : ""));
+  }
+  EXPECT_TRUE(RangeRequested(FaultLog(name), 150000));
+}
