@@ -1,13 +1,17 @@
-// One patch run, timed: ApplyEntries brings an empty game folder into line
-// with an update list whose blobs sit on a patch host. Driven by
-// patch_bench.sh, which builds the release, serves it and times curl against it.
+// One patch run, timed: ApplyEntries brings a game folder into line with an
+// update list whose blobs sit on a patch host. Driven by patch_bench.sh (an
+// empty folder, against curl) and delta_bench.sh (an older release in place).
 //
 // Usage: patch_bench <patch host url> <list file> <work folder>
+//                    [--chunk-indexes <file>] [--keep-game]
 //   list file: one "<sha256> <size> <relative path>" line per file
-//   work folder: "game" and "runtime" are made afresh inside it
+//   work folder: "runtime" is made afresh inside it, and "game" too unless
+//     --keep-game says the caller has filled it
+//   --chunk-indexes: one "<file sha256> <index sha256> <index size>" line per
+//     file content that has a chunk index on the host
 //
 // Prints the figures for people, then one "result" line for the script:
-//   result seconds=<wall> bytes=<applied> maxrss_kib=<peak resident set>
+//   result seconds=<wall> bytes=<listed> maxrss_kib=<peak resident set>
 
 #include <chrono>
 #include <cstdio>
@@ -15,6 +19,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <unordered_map>
 
 #include <sys/resource.h>
 
@@ -42,6 +47,25 @@ bool ReadList(const fs::path& file, patch::SManifest& manifest, std::uint64_t& t
   return !manifest.files.empty();
 }
 
+// Names each entry's chunk index by the entry's content.
+bool AddChunkIndexes(const fs::path& file, patch::SManifest& manifest) {
+  std::unordered_map<std::wstring, std::pair<std::wstring, std::uint64_t>> indexes;
+  std::ifstream in(file);
+  std::string sha256;
+  std::string indexSha256;
+  std::uint64_t indexSize = 0;
+  while (in >> sha256 >> indexSha256 >> indexSize) {
+    indexes[text::Utf8ToWide(sha256)] = {text::Utf8ToWide(indexSha256), indexSize};
+  }
+  for (patch::SManifestEntry& entry : manifest.files) {
+    const auto found = indexes.find(entry.sha256);
+    if (found == indexes.end()) continue;
+    entry.chunkIndexSha256 = found->second.first;
+    entry.chunkIndexSize = found->second.second;
+  }
+  return !indexes.empty();
+}
+
 long PeakResidentKib() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
@@ -51,8 +75,23 @@ long PeakResidentKib() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: patch_bench <patch host url> <list file> <work folder>\n");
+  fs::path chunkIndexes;
+  bool keepGame = false;
+  bool usable = argc >= 4;
+  for (int i = 4; usable && i < argc; ++i) {
+    const std::string option = argv[i];
+    if (option == "--keep-game") {
+      keepGame = true;
+    } else if (option == "--chunk-indexes" && i + 1 < argc) {
+      chunkIndexes = argv[++i];
+    } else {
+      usable = false;
+    }
+  }
+  if (!usable) {
+    std::fprintf(stderr,
+                 "usage: patch_bench <patch host url> <list file> <work folder> [--chunk-indexes <file>] "
+                 "[--keep-game]\n");
     return 2;
   }
   patch::SManifest manifest;
@@ -63,10 +102,14 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "no entries in %s\n", argv[2]);
     return 2;
   }
+  if (!chunkIndexes.empty() && !AddChunkIndexes(chunkIndexes, manifest)) {
+    std::fprintf(stderr, "no chunk indexes in %s\n", chunkIndexes.c_str());
+    return 2;
+  }
   const fs::path work = fs::path(argv[3]);
   const fs::path gameFolder = work / "game";
   const fs::path runtimeFolder = work / "runtime";
-  fs::remove_all(gameFolder);
+  if (!keepGame) fs::remove_all(gameFolder);
   fs::remove_all(runtimeFolder);
   fs::create_directories(gameFolder);
   fs::create_directories(runtimeFolder);
@@ -93,9 +136,11 @@ int main(int argc, char** argv) {
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   const long peakKib = PeakResidentKib();
 
-  std::printf("  ApplyEntries: %zu files, %.1f MB in %.2f s = %.1f MB/s; applied %llu, failed %llu\n",
-              manifest.files.size(), static_cast<double>(totalBytes) / 1e6, seconds,
-              static_cast<double>(totalBytes) / 1e6 / seconds, static_cast<unsigned long long>(outcome.appliedCount),
+  std::printf("  ApplyEntries: %zu files, %.1f MB in %.2f s", manifest.files.size(),
+              static_cast<double>(totalBytes) / 1e6, seconds);
+  // Over a folder already filled, most listed bytes never travel: no rate.
+  if (!keepGame) std::printf(" = %.1f MB/s", static_cast<double>(totalBytes) / 1e6 / seconds);
+  std::printf("; applied %llu, failed %llu\n", static_cast<unsigned long long>(outcome.appliedCount),
               static_cast<unsigned long long>(outcome.failedCount));
   std::printf("  peak resident set: %.1f MiB; %llu progress reports, the last at %.1f Mbit/s\n",
               static_cast<double>(peakKib) / 1024.0, static_cast<unsigned long long>(reports), lastReport.speedMbps);

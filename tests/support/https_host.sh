@@ -8,7 +8,7 @@
 #       to <state-dir>/port. nginx stops by itself after the lifetime (default 1800 s).
 #       gzip is on for text/plain; <state-dir>/logs/access.log has one line per request:
 #       "<uri> | <status> | <protocol> | Range: <value> | Accept-Encoding: <value> |
-#        Content-Encoding: <value> | User-Agent: <value>"
+#        Content-Encoding: <value> | User-Agent: <value> | Sent: <body bytes sent>"
 #       With HTTPS_HOST_RATE set (nginx's limit_rate, such as "200k"), every response is
 #       sent no faster, so a demo or a test can watch a patch while it runs.
 #   https_host.sh stop <state-dir>
@@ -77,7 +77,7 @@ events { worker_connections 256; }
 http {
   include /etc/nginx/mime.types;
   default_type application/octet-stream;
-  log_format transfer '\$request_uri | \$status | \$server_protocol | Range: \$http_range | Accept-Encoding: \$http_accept_encoding | Content-Encoding: \$sent_http_content_encoding | User-Agent: \$http_user_agent';
+  log_format transfer '\$request_uri | \$status | \$server_protocol | Range: \$http_range | Accept-Encoding: \$http_accept_encoding | Content-Encoding: \$sent_http_content_encoding | User-Agent: \$http_user_agent | Sent: \$body_bytes_sent';
   access_log $dir/logs/access.log transfer;
   client_body_temp_path $dir/temp/body;
   proxy_temp_path $dir/temp/proxy;
