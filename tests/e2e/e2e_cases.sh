@@ -187,6 +187,30 @@ case_incremental_patch() {
   [ "$(installed_build)" = 2 ] || fail "launcher.state does not record build 2"
 }
 
+# A large archive changed in two places travels as the ranges that hold the changes;
+# its chunk index comes from the publisher and the rebuilt file is the published one.
+case_delta_update() {
+  make_release_1
+  head -c $((8 << 20)) /dev/urandom >"$game/textures/pack.vpk"
+  publish_release 1
+  expect_client 0 patch
+  printf 'changed in release 2' | dd of="$game/textures/pack.vpk" bs=1 seek=3000000 conv=notrunc status=none
+  { head -c 6000000 "$game/textures/pack.vpk"; head -c 9000 /dev/urandom
+    tail -c +6000001 "$game/textures/pack.vpk"; } >"$work/pack.vpk" && mv "$work/pack.vpk" "$game/textures/pack.vpk"
+  publish_release 2
+  local mark
+  mark=$(log_mark)
+  expect_client 0 patch
+  expect_installed
+  local pack sent
+  pack=$(sha256sum "$game/textures/pack.vpk" | cut -c1-64)
+  tail -n "+$((mark + 1))" "$access_log" | grep "/blobs/${pack:0:2}/$pack |" >"$work/pack.log" || true
+  [ -s "$work/pack.log" ] || fail "the archive's blob was not asked for"
+  grep -qv "| 206 | .*Range: bytes=[0-9]*-[0-9]" "$work/pack.log" && { cat "$work/pack.log" >&2; fail "a request was not a range"; }
+  sent=$(awk -F' [|] Sent: ' '{ total += $2 } END { print total }' "$work/pack.log")
+  [ "$sent" -lt $((8 << 20 >> 4)) ] || fail "the delta fetched $sent bytes of the archive"
+}
+
 case_repair_after_corruption() {
   make_release_1
   publish_release 1
