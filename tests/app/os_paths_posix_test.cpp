@@ -12,8 +12,9 @@ namespace {
 
 using testing_support::ScopedEnvironment;
 
-// The page cache follows the same rule, so it is never in the shared /tmp.
-TEST(LinuxUserFoldersTest, DataAndCacheFoldersFollowTheXdgRule) {
+// The page cache follows the same rule, so it is never in the shared /tmp; the
+// profile is $HOME as it stands.
+TEST(LinuxUserFoldersTest, DataAndCacheFoldersFollowTheXdgRuleAndTheProfileIsHome) {
   const struct {
     std::optional<std::wstring> xdgHome;
     std::optional<std::wstring> home;
@@ -21,7 +22,7 @@ TEST(LinuxUserFoldersTest, DataAndCacheFoldersFollowTheXdgRule) {
     std::wstring cache;
   } cases[] = {
       {L"/xdg/ann", L"/home/ann", L"/xdg/ann", L"/xdg/ann"},
-      {std::nullopt, L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
+      {std::nullopt, L"/home/zoë", L"/home/zoë/.local/share", L"/home/zoë/.cache"},
       {L"", L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
       {L"relative/xdg", L"/home/ann", L"/home/ann/.local/share", L"/home/ann/.cache"},
       {std::nullopt, std::nullopt, L"", L""},
@@ -33,15 +34,11 @@ TEST(LinuxUserFoldersTest, DataAndCacheFoldersFollowTheXdgRule) {
     EXPECT_EQ(platform::LocalAppDataDirectory(), c.data) << c.xdgHome.value_or(L"<unset>");
     EXPECT_EQ(LegacyDataDirectory(), c.data.empty() ? L"" : c.data + L"/OmbrisaAdminPanel/Patcher");
     EXPECT_EQ(platform::UserCacheDirectory(), c.cache) << c.xdgHome.value_or(L"<unset>");
+    EXPECT_EQ(platform::UserProfileDirectory(), c.home.value_or(L""));
     if (!c.cache.empty()) {
       EXPECT_EQ(UiCacheDirectory(), c.cache + L"/OmbrisaAdminPanel/Patcher/ui_cache");
     }
   }
-}
-
-TEST(LinuxUserFoldersTest, ProfileIsHome) {
-  const ScopedEnvironment dataHome(L"XDG_DATA_HOME", std::nullopt), home(L"HOME", L"/home/zoë");
-  EXPECT_EQ(platform::UserProfileDirectory(), L"/home/zoë");
 }
 
 TEST(LinuxGameFolderTest, SlashPathsAreAbsolute) {

@@ -1,20 +1,17 @@
-#include "tests/app/scoped_environment.h"
-
 #include <cstdlib>
-#include <utility>
 
+#include "tests/app/scoped_environment.h"
 #include "text/utf.h"
 
 namespace testing_support {
-namespace {
 
-std::optional<std::wstring> Read(const std::wstring& name) {
+std::optional<std::wstring> ReadEnvironment(const std::wstring& name) {
   const char* value = std::getenv(text::WideToUtf8(name).c_str());
   if (value == nullptr) return std::nullopt;
   return text::Utf8ToWide(value);
 }
 
-void Write(const std::wstring& name, const std::optional<std::wstring>& value) {
+void WriteEnvironment(const std::wstring& name, const std::optional<std::wstring>& value) {
   const std::string key = text::WideToUtf8(name);
   if (value) {
     ::setenv(key.c_str(), text::WideToUtf8(*value).c_str(), 1);
@@ -22,14 +19,5 @@ void Write(const std::wstring& name, const std::optional<std::wstring>& value) {
     ::unsetenv(key.c_str());
   }
 }
-
-}  // namespace
-
-ScopedEnvironment::ScopedEnvironment(std::wstring name, const std::optional<std::wstring>& value)
-    : name_(std::move(name)), previous_(Read(name_)) {
-  Write(name_, value);
-}
-
-ScopedEnvironment::~ScopedEnvironment() { Write(name_, previous_); }
 
 }  // namespace testing_support

@@ -19,6 +19,15 @@ std::filesystem::path ToolPath() {
   return platform::ToPath(platform::QueryModulePath()).parent_path() / VL_PUBLISHER_TOOL_FROM_TESTS;
 }
 
+SToolRun RunTool(const std::vector<std::wstring>& arguments) {
+  const testing_support::TempDir capture;
+  SToolRun run;
+  run.exitCode = RunToolWritingTo(arguments, capture.path() / "out", capture.path() / "err");
+  run.out = testing_support::ReadFileBytes(capture.path() / "out");
+  run.err = testing_support::ReadFileBytes(capture.path() / "err");
+  return run;
+}
+
 std::wstring Text(const std::filesystem::path& path) { return platform::FromPath(path); }
 
 testing::AssertionResult Contains(const std::string& text, std::string_view part) {

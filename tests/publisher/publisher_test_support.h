@@ -30,6 +30,11 @@ std::filesystem::path ToolPath();
 // Runs the tool with these arguments, as an operator would, and waits for it.
 SToolRun RunTool(const std::vector<std::wstring>& arguments);
 
+// RunTool's system part (tool_runner_posix.cpp, tool_runner_win.cpp): the tool's
+// exit status, -1 when it could not be started or did not exit.
+int RunToolWritingTo(const std::vector<std::wstring>& arguments, const std::filesystem::path& outFile,
+                     const std::filesystem::path& errFile);
+
 std::wstring Text(const std::filesystem::path& path);
 
 // Whether `text` holds `part`, with both shown on failure (gmock's HasSubstr

@@ -5,6 +5,7 @@
 
 #include "crypto/hex.h"
 #include "patch/blob_path.h"
+#include "platform/path_text.h"
 #include "platform/random_id.h"
 #include "tests/publisher/publisher_test_support.h"
 #include "tests/support/sha256_of.h"
@@ -102,21 +103,6 @@ TEST_F(SignAndVerify, SignAddsALineForAnotherKeyOnceAndNeverANinth) {
   EXPECT_TRUE(Contains(tooMany.err, "at most 8 keys"));
 }
 
-TEST_F(SignAndVerify, VerifyReportsEveryMissingOrDamagedBlob) {
-  PublishSample();
-  const std::filesystem::path missing = BlobFile("pack a");
-  const std::filesystem::path damaged = BlobFile("pack b");
-  std::filesystem::remove(missing);
-  OverwriteFile(damaged, "pack c");  // the same size as "pack b"
-
-  const SToolRun run = Verify();
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_TRUE(Contains(run.err, text::WideToUtf8(Text(missing)) + ": missing (needed by data/a.pak)"));
-  EXPECT_TRUE(Contains(run.err, text::WideToUtf8(Text(damaged)) + ": its content has SHA-256 "));
-  EXPECT_TRUE(Contains(run.out, "blobs: 3 needed, 1 intact\n"));
-  EXPECT_TRUE(Contains(run.out, "2 problem(s) found\n"));
-}
-
 TEST_F(SignAndVerify, VerifyRefusesWhatALauncherWouldRefuse) {
   PublishSample();
   const SToolKey stranger = MakeKey(dir_.path(), "stranger.key");
@@ -176,29 +162,39 @@ TEST_F(SignAndVerify, LargeFilesGetAChunkIndexThatVerifyChecksChunkByChunk) {
   EXPECT_TRUE(Contains(caught.out, "chunk indexes: 1 checked, 0 sound\n"));
 }
 
-TEST_F(SignAndVerify, VerifyOverHttpsChecksAHostAsLaunchersSeeIt) {
+// The same report from a host folder and from its https address, as launchers see it.
+TEST_F(SignAndVerify, VerifyReportsEveryMissingOrDamagedBlobOnAFolderAndOverHttps) {
   const testing_support::CTestServers& servers = testing_support::CTestServers::Get();
   ASSERT_TRUE(servers.available()) << servers.problem();
-  WriteGame("game.exe", testing_support::PatternBytes(300000));
-  WriteGame("data/a.pak", "pack a");
-
   platform::RandomId id{};
   ASSERT_TRUE(platform::GenerateRandomId(id));
   const std::string folder = "publisher-" + text::WideToUtf8(crypto::ToLowerHex(id.data(), 8));
-  const std::filesystem::path host = servers.wwwDir() / folder;
-  ASSERT_EQ(Publish(host, Game(), L"stable", 1, {key_}).exitCode, 0);
+  const std::filesystem::path served = servers.wwwDir() / folder;
+  WriteGame("game.exe", testing_support::PatternBytes(300000));
+  WriteGame("data/a.pak", "pack a");
+  WriteGame("data/b.pak", "pack b");
 
-  const std::vector<std::wstring> verify = {L"verify", L"--host", servers.HttpsUrl(folder), L"--key-hex", key_.hex};
-  const SToolRun intact = RunTool(verify);
-  EXPECT_EQ(intact.exitCode, 0) << intact.err;
-  EXPECT_TRUE(Contains(intact.out, "blobs: 2 needed, 2 intact\n"));
+  for (const auto& [host, address] : {std::pair(Host(), Text(Host())), std::pair(served, servers.HttpsUrl(folder))}) {
+    SCOPED_TRACE(text::WideToUtf8(address));
+    ASSERT_EQ(Publish(host, Game(), L"stable", 1, {key_}).exitCode, 0);
+    const std::vector<std::wstring> verify = {L"verify", L"--host", address, L"--key-hex", key_.hex};
+    const SToolRun intact = RunTool(verify);
+    EXPECT_EQ(intact.exitCode, 0) << intact.err;
+    EXPECT_TRUE(Contains(intact.out, "blobs: 3 needed, 3 intact\n"));
 
-  std::filesystem::remove_all(host / "blobs");
-  const SToolRun missing = RunTool(verify);
-  EXPECT_EQ(missing.exitCode, 1);
-  EXPECT_TRUE(Contains(missing.err, ": missing (needed by data/a.pak)"));
-  EXPECT_TRUE(Contains(missing.err, ": missing (needed by game.exe)"));
-  std::filesystem::remove_all(host);
+    const std::wstring lost = testing_support::Sha256Of("pack a");
+    std::filesystem::remove(host / platform::ToPath(patch::BlobPathForHash(lost)));
+    // The same size as "pack b", so only its digest tells.
+    OverwriteFile(host / platform::ToPath(patch::BlobPathForHash(testing_support::Sha256Of("pack b"))), "pack c");
+    const SToolRun run = RunTool(verify);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(Contains(run.err, text::WideToUtf8(lost) + ": missing (needed by data/a.pak)"));
+    EXPECT_TRUE(Contains(run.err, ": its content has SHA-256 " + text::WideToUtf8(testing_support::Sha256Of("pack c")) +
+                                      " (needed by data/b.pak)"));
+    EXPECT_TRUE(Contains(run.out, "blobs: 3 needed, 1 intact\n"));
+    EXPECT_TRUE(Contains(run.out, "2 problem(s) found\n"));
+  }
+  std::filesystem::remove_all(served);
 }
 
 }  // namespace

@@ -5,15 +5,12 @@
 #include <cstdio>
 
 #include "tests/publisher/publisher_test_support.h"
-#include "tests/support/temp_dir.h"
 #include "text/utf.h"
 
 namespace publisher_testing {
 
-SToolRun RunTool(const std::vector<std::wstring>& arguments) {
-  const testing_support::TempDir capture;
-  const std::filesystem::path outFile = capture.path() / "out";
-  const std::filesystem::path errFile = capture.path() / "err";
+int RunToolWritingTo(const std::vector<std::wstring>& arguments, const std::filesystem::path& outFile,
+                     const std::filesystem::path& errFile) {
   const std::string tool = ToolPath().native();
   std::vector<std::string> storage{tool};
   for (const std::wstring& argument : arguments) storage.push_back(text::WideToUtf8(argument));
@@ -21,7 +18,6 @@ SToolRun RunTool(const std::vector<std::wstring>& arguments) {
   for (std::string& item : storage) argv.push_back(item.data());
   argv.push_back(nullptr);
 
-  SToolRun run;
   std::fflush(nullptr);
   const pid_t child = ::fork();
   if (child == 0) {
@@ -33,10 +29,8 @@ SToolRun RunTool(const std::vector<std::wstring>& arguments) {
     ::_exit(127);
   }
   int status = 0;
-  if (child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status)) run.exitCode = WEXITSTATUS(status);
-  run.out = testing_support::ReadFileBytes(outFile);
-  run.err = testing_support::ReadFileBytes(errFile);
-  return run;
+  if (child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status)) return WEXITSTATUS(status);
+  return -1;
 }
 
 }  // namespace publisher_testing

@@ -2,7 +2,6 @@
 
 #include "platform/process_start.h"
 #include "tests/publisher/publisher_test_support.h"
-#include "tests/support/temp_dir.h"
 
 namespace publisher_testing {
 namespace {
@@ -15,14 +14,11 @@ HANDLE InheritableFile(const std::filesystem::path& path) {
 
 }  // namespace
 
-SToolRun RunTool(const std::vector<std::wstring>& arguments) {
-  const testing_support::TempDir capture;
-  const std::filesystem::path outFile = capture.path() / "out";
-  const std::filesystem::path errFile = capture.path() / "err";
+int RunToolWritingTo(const std::vector<std::wstring>& arguments, const std::filesystem::path& outFile,
+                     const std::filesystem::path& errFile) {
   const std::wstring tool = ToolPath().wstring();
   std::wstring commandLine = platform::ComposeCommandLine(tool, arguments);
-
-  SToolRun run;
+  int exitCode = -1;
   HANDLE out = InheritableFile(outFile);
   HANDLE err = InheritableFile(errFile);
   STARTUPINFOW startup{};
@@ -36,15 +32,13 @@ SToolRun RunTool(const std::vector<std::wstring>& arguments) {
                        &process)) {
     ::WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 0;
-    if (::GetExitCodeProcess(process.hProcess, &code)) run.exitCode = static_cast<int>(code);
+    if (::GetExitCodeProcess(process.hProcess, &code)) exitCode = static_cast<int>(code);
     ::CloseHandle(process.hThread);
     ::CloseHandle(process.hProcess);
   }
   ::CloseHandle(out);
   ::CloseHandle(err);
-  run.out = testing_support::ReadFileBytes(outFile);
-  run.err = testing_support::ReadFileBytes(errFile);
-  return run;
+  return exitCode;
 }
 
 }  // namespace publisher_testing

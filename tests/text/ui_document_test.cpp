@@ -137,40 +137,30 @@ TEST(UiDocument, SkipsEventsThatBreakARule) {
   EXPECT_TRUE(ReadOk(DocumentWithEvents(L"1,\"event\",[],null")).events.empty());
 }
 
-TEST(UiDocument, KeepsEventsAtTheEdgesOfTheRules) {
-  const std::wstring events = L"{\"name\":\"all day\",\"iconId\":0,\"dayOfWeek\":0,\"timeStart\":\"00:00\","
-                              L"\"timeEnd\":\"23:59\"},"
-                              L"{\"name\":\"x\",\"iconId\":999,\"dayOfWeek\":6,\"timeStart\":\" 09:05\","
-                              L"\"timeEnd\":\"09:06 \"}";
-  const SLauncherUiDocument document = ReadOk(DocumentWithEvents(events));
-  ASSERT_EQ(document.events.size(), 2u);
-  EXPECT_EQ(document.events[0].startMinutes, 0);
-  EXPECT_EQ(document.events[0].endMinutes, 1439);
-  EXPECT_EQ(document.events[0].title, L"all day");
-  EXPECT_EQ(document.events[1].dayOfWeek, 6);
-  EXPECT_EQ(document.events[1].iconId, 999);
-  EXPECT_EQ(document.events[1].startMinutes, 545);
-}
-
-TEST(UiDocument, ModeAndActivationFallBackToTheirDefaults) {
-  const struct {
-    const wchar_t* mode;
-    EUiEventMode expectedMode;
-    const wchar_t* activation;
-    std::int32_t expectedMinutes;
-  } cases[] = {
-      {L"", EUiEventMode::Global, L"30", 30},
-      {L"\"both\"", EUiEventMode::Both, L"1440", 1440},
-      {L"\" personal \"", EUiEventMode::Personal, L"1441", 0},
-      {L"\"Personal\"", EUiEventMode::Global, L"-5", 0},
-      {L"1", EUiEventMode::Global, L"2.5", 0},
-      {L"\"global\"", EUiEventMode::Global, L"\"30\"", 0},
+// Each row changes the valid event, which must then read back whole: the edges
+// of the rules are kept, and a mode or an activation time that breaks its rule
+// falls back to its default instead of dropping the event.
+TEST(UiDocument, KeepsEventsAtTheEdgesOfTheRulesAndDefaultsABadModeOrActivation) {
+  const auto boss = [](EUiEventMode mode, std::int32_t activation) {
+    return text::SUiEvent{L"Boss", 7, 3, 1200, 1290, mode, activation};
   };
-  for (const auto& c : cases) {
-    const auto document = ReadOk(DocumentWithEvents(Event({{L"mode", c.mode}, {L"activationMinutes", c.activation}})));
-    ASSERT_EQ(document.events.size(), 1u);
-    EXPECT_EQ(document.events[0].mode, c.expectedMode) << text::WideToUtf8(c.mode);
-    EXPECT_EQ(document.events[0].activationMinutes, c.expectedMinutes) << text::WideToUtf8(c.activation);
+  const std::pair<SEventChanges, text::SUiEvent> cases[] = {
+      {{{L"name", L"\"all day\""}, {L"iconId", L"0"}, {L"dayOfWeek", L"0"}, {L"timeStart", L"\"00:00\""},
+        {L"timeEnd", L"\"23:59\""}, {L"activationMinutes", L"30"}},
+       {L"all day", 0, 0, 0, 1439, EUiEventMode::Global, 30}},
+      {{{L"iconId", L"999"}, {L"dayOfWeek", L"6"}, {L"timeStart", L"\" 09:05\""}, {L"timeEnd", L"\"09:06 \""},
+        {L"mode", L"\"both\""}, {L"activationMinutes", L"1440"}},
+       {L"Boss", 999, 6, 545, 546, EUiEventMode::Both, 1440}},
+      {{{L"mode", L"\" personal \""}, {L"activationMinutes", L"1441"}}, boss(EUiEventMode::Personal, 0)},
+      {{{L"mode", L"\"Personal\""}, {L"activationMinutes", L"-5"}}, boss(EUiEventMode::Global, 0)},
+      {{{L"mode", L"1"}, {L"activationMinutes", L"2.5"}}, boss(EUiEventMode::Global, 0)},
+      {{{L"mode", L"\"global\""}, {L"activationMinutes", L"\"30\""}}, boss(EUiEventMode::Global, 0)},
+  };
+  for (const auto& [changes, expected] : cases) {
+    const std::wstring event = Event(changes);
+    const SLauncherUiDocument document = ReadOk(DocumentWithEvents(event));
+    ASSERT_EQ(document.events.size(), 1u) << text::WideToUtf8(event);
+    EXPECT_EQ(document.events[0], expected) << text::WideToUtf8(event);
   }
 }
 
