@@ -142,6 +142,19 @@ TEST_F(Publish, RefusesAnEmptyGameOrAListLargerThanALauncherAcceptsBeforeWriting
   EXPECT_TRUE(Contains(run.err, "more than the 262144 bytes a launcher accepts"));
   EXPECT_EQ(CountBlobs(Host()), 0u);
   EXPECT_FALSE(std::filesystem::exists(HostFile(L"patchlist.v1.json")));
+
+  // A file from 4 MiB on is counted with its chunk index member (a digest and a
+  // size), before anything is hashed: both sizes below have seven digits.
+  const auto listBytes = [&](std::uintmax_t bigSize) {
+    std::filesystem::resize_file(WriteGame("big.pak", ""), bigSize);
+    const std::string err = PublishRelease(1).err;
+    const auto at = err.find("would be ");
+    return at == std::string::npos ? 0 : std::stoull(err.substr(at + 9));
+  };
+  const std::uint64_t withoutIndex = listBytes(4 * 1024 * 1024 - 1);
+  const std::uint64_t withIndex = listBytes(4 * 1024 * 1024);
+  ASSERT_GT(withoutIndex, 262144u);
+  EXPECT_GE(withIndex - withoutIndex, std::string(R"(,"chunks":{"sha256":"","size":1})").size() + 64);
 }
 
 
