@@ -159,7 +159,10 @@ class ControllerTest : public sync_tests::CSyncTest {
 
 TEST_F(ControllerTest, FirstStartPatchesByItselfStartsTheGameAndCloses) {
   const testing_support::ScopedEnvironment arabic(L"LC_ALL", L"ar_SA.UTF-8");
-  launch_test::CopyProbe(game_.path(), L"ctl-game.exe");
+  // The only test that starts the game names it apart: a controller test
+  // running beside it would otherwise find its game running and hold back.
+  config_.gameExecutable = L"ctl-started.exe";
+  launch_test::CopyProbe(game_.path(), config_.gameExecutable);
   PublishRelease(Release(ContentFiles()));
   for (const char* file : {"ui/locale/en.json", "ui/locale/ar.json", "ui/flags/ar.tga"}) PublishFile(file, "{}");
   PublishFile("cover/note.PNG", "\x89PNG picture");
