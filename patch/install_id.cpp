@@ -2,9 +2,9 @@
 
 #include <chrono>
 #include <filesystem>
-#include <thread>
 #include <fstream>
 #include <system_error>
+#include <thread>
 
 #include "app/paths.h"
 #include "crypto/hex.h"

@@ -225,12 +225,10 @@ class CFetchRun {
   // instead; that is logged, never reported as a failure.
   bool RebuildByDelta(const SFetchItem& item, const fs::path& staged) {
     const SManifestEntry& entry = item.targets.front();
+    if (entry.chunkIndexSha256.empty()) return false;
     const fs::path oldCopy = OldCopy(item);
     // A whole download an earlier run left part-way is resumed instead.
-    if (entry.chunkIndexSha256.empty() || oldCopy.empty() ||
-        CurrentSize(PartialBlobPath(stagingRoot_, item.sha256)) > 0) {
-      return false;
-    }
+    if (oldCopy.empty() || CurrentSize(PartialBlobPath(stagingRoot_, item.sha256)) > 0) return false;
     const fs::path rebuilt = platform::ToPath(platform::FromPath(staged) + L".delta");
     const SDeltaSource source{service_.BuildPatchUrl(BlobPathForHash(entry.chunkIndexSha256), false),
                               service_.BuildPatchUrl(BlobPathForHash(item.sha256), false), oldCopy};
